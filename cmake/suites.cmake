@@ -1,0 +1,12 @@
+# tb_suite(NAME SOURCES... USES LIBRARIES...): one GoogleTest program, run whole by CTest as the test NAME.
+# The runner demands the program's own closing line besides its exit code.
+function(tb_suite name)
+    cmake_parse_arguments(suite "" "TIMEOUT" "USES" ${ARGN})
+    if(NOT suite_TIMEOUT)
+        set(suite_TIMEOUT 600)
+    endif()
+    add_executable(${name} ${suite_UNPARSED_ARGUMENTS})
+    target_link_libraries(${name} PRIVATE ${suite_USES} tb_test_support)
+    add_test(NAME ${name} COMMAND "${PROJECT_SOURCE_DIR}/tools/run_suite.sh" ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${suite_TIMEOUT})
+endfunction()

@@ -1,0 +1,77 @@
+#include "crypto/base/heap.h"
+
+#include <cstring>
+
+#include <gtest/gtest.h>
+#include <gtest/gtest-spi.h>
+
+#include "tests/support/test_heap.h"
+
+namespace toolbelt {
+namespace {
+
+struct Node : HeapObject
+{
+    std::uint64_t value[4] = {};
+};
+
+TEST(Heap, ObjectsAndArraysComeFromTheDoorAndReportWhenItIsShut)
+{
+    const std::uint32_t injected = test::forEachFailingAllocation([](test::TestHeap& heap) {
+        Node* node = new (std::nothrow) Node;
+        SecretBytes bytes(100);
+        EXPECT_EQ(heap.failed(), node == nullptr || !bytes);
+        EXPECT_EQ(bytes.size(), bytes ? 100u : 0u);
+        delete node;
+    });
+    EXPECT_EQ(injected, 4u); // two allocations, failed alone and together with all that follow
+    EXPECT_FALSE(SecretArray<std::uint64_t>(std::size_t(-1) / 8)) << "a size that overflows is no memory";
+}
+
+TEST(Heap, SecretsAreZeroWhenTheyAreReleased)
+{
+    {
+        test::TestHeap heap;
+        SecretBytes bytes(33);
+        for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = 0xFF;
+        SecretBytes moved(std::move(bytes));
+        EXPECT_EQ(moved[32], 0xFF);
+        void* global = heap::globalAllocate(8);
+        std::memset(global, 1, 8);
+        heap::globalReleaseSecret(global, 8);
+        EXPECT_EQ(heap.secretsReleased(), 1u);
+    }
+    std::uint32_t secret[4] = {1, 2, 3, 4};
+    {
+        const WipeOnExit guard(secret);
+    }
+    EXPECT_EQ(secret[0] | secret[1] | secret[2] | secret[3], 0u);
+}
+
+// The checks of the test heap must be able to fail: each fault is committed on purpose.
+TEST(Heap, TestHeapNoticesLeaksAndUnwipedSecrets)
+{
+    EXPECT_NONFATAL_FAILURE(
+        {
+            test::TestHeap heap;
+            (void)heap::allocate(1);
+        },
+        "not released");
+    EXPECT_NONFATAL_FAILURE(
+        {
+            test::TestHeap heap;
+            void* block = heap::allocate(16);
+            heap::releaseSecret(block, 15); // leaves the last byte as it was
+        },
+        "without being wiped");
+    EXPECT_NONFATAL_FAILURE(
+        {
+            test::TestHeap heap;
+            int other;
+            heap::release(&other);
+        },
+        "never allocated");
+}
+
+} // namespace
+} // namespace toolbelt

@@ -1,0 +1,103 @@
+#include "tests/support/test_heap.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <mutex>
+
+namespace toolbelt::test {
+namespace {
+
+struct State
+{
+    std::mutex mutex; // key generation allocates from several threads
+    std::map<void*, std::size_t> blocks;
+    std::uint32_t allocations = 0;
+    std::uint32_t failAt = 0;
+    bool onwards = false;
+    bool failed = false;
+    std::uint32_t secretsReleased = 0;
+    std::uint32_t unwiped = 0;
+    std::uint32_t unknown = 0;
+};
+
+State* state = nullptr;
+const heap::Backend* previous = nullptr;
+
+void* allocate(std::size_t size, bool) noexcept
+{
+    const std::lock_guard lock(state->mutex);
+    ++state->allocations;
+    if (state->failAt != 0 && (state->allocations == state->failAt || (state->onwards && state->allocations > state->failAt))) {
+        state->failed = true;
+        return nullptr;
+    }
+    void* block = std::malloc(size ? size : 1);
+    if (block) {
+        std::memset(block, 0xA5, size); // contents are undefined: make it show
+        state->blocks[block] = size;
+    }
+    return block;
+}
+
+void release(void* block, std::size_t secretSize, bool) noexcept
+{
+    const std::lock_guard lock(state->mutex);
+    const auto found = state->blocks.find(block);
+    if (found == state->blocks.end()) {
+        ++state->unknown;
+        return;
+    }
+    // A secret block is wiped over all that was asked for, not over a part of it.
+    if (secretSize != 0) {
+        ++state->secretsReleased;
+        const auto* bytes = static_cast<const std::uint8_t*>(block);
+        for (std::size_t i = 0; i < found->second; ++i)
+            if (bytes[i] != 0) {
+                ++state->unwiped;
+                break;
+            }
+    }
+    state->blocks.erase(found);
+    std::free(block);
+}
+
+constexpr heap::Backend backend = {allocate, release};
+
+} // namespace
+
+TestHeap::TestHeap()
+{
+    EXPECT_EQ(state, nullptr) << "test heaps do not nest";
+    state = new State;
+    previous = heap::setBackend(&backend);
+}
+
+TestHeap::~TestHeap()
+{
+    heap::setBackend(previous);
+    EXPECT_EQ(state->blocks.size(), 0u) << "blocks were not released";
+    EXPECT_EQ(state->unwiped, 0u) << "blocks were released as secrets without being wiped over their whole size";
+    EXPECT_EQ(state->unknown, 0u) << "blocks were released twice or never allocated";
+    for (const auto& [block, size] : state->blocks) std::free(block);
+    delete state;
+    state = nullptr;
+}
+
+void TestHeap::failAt(std::uint32_t n, bool onwards)
+{
+    const std::lock_guard lock(state->mutex);
+    state->allocations = 0;
+    state->failAt = n;
+    state->onwards = onwards;
+    state->failed = false;
+}
+
+bool TestHeap::failed() const { return state->failed; }
+std::uint32_t TestHeap::allocations() const { return state->allocations; }
+std::uint32_t TestHeap::held() const { return static_cast<std::uint32_t>(state->blocks.size()); }
+std::uint32_t TestHeap::secretsReleased() const { return state->secretsReleased; }
+
+} // namespace toolbelt::test

@@ -1,0 +1,51 @@
+// Backends for the library's door to memory: a heap that fails on purpose, that checks that secrets were wiped, and that
+// counts what is still held. Put one on the stack around the operation under test.
+#pragma once
+
+#include <cstdint>
+
+#include "crypto/base/heap.h"
+
+namespace toolbelt::test {
+
+class TestHeap
+{
+public:
+    // From now on this heap serves the library; the one before comes back with the destructor, which fails the running
+    // test when a block is still held, when one was released twice, or when a secret block was not all zero.
+    TestHeap();
+    ~TestHeap();
+    TestHeap(const TestHeap&) = delete;
+    TestHeap& operator=(const TestHeap&) = delete;
+
+    // The n-th allocation from now on fails (1: the next one; 0: none), and, when onwards is set, all after it.
+    void failAt(std::uint32_t n, bool onwards = false);
+    // Whether an allocation was made to fail since failAt.
+    bool failed() const;
+    // Allocations since the heap was put in place or failAt was called.
+    std::uint32_t allocations() const;
+    // Blocks held now, and blocks that were released wiped so far.
+    std::uint32_t held() const;
+    std::uint32_t secretsReleased() const;
+};
+
+// Runs operation() with the first, second, ... allocation failing until it runs without a failure, and again with all
+// from there on failing. operation gets `failed`: whether an allocation will fail; it checks its own statuses and outputs.
+// Returns the number of failures injected.
+template <typename Operation>
+std::uint32_t forEachFailingAllocation(Operation operation, std::uint32_t limit = 10000)
+{
+    std::uint32_t injected = 0;
+    for (const bool onwards : {false, true}) {
+        for (std::uint32_t n = 1; n < limit; ++n) {
+            TestHeap heap;
+            heap.failAt(n, onwards);
+            operation(heap);
+            if (!heap.failed()) break;
+            ++injected;
+        }
+    }
+    return injected;
+}
+
+} // namespace toolbelt::test
