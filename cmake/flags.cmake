@@ -22,7 +22,7 @@ if(WIN32)
     target_compile_definitions(tb_flags INTERFACE UNICODE _UNICODE _WIN32_WINNT=0x0501 WINVER=0x0501)
 endif()
 if(TOOLBELT_SANITIZE)
-    add_compile_options(-fsanitize=${TOOLBELT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_compile_options(-O1 -g1 -fsanitize=${TOOLBELT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${TOOLBELT_SANITIZE})
 endif()
 

@@ -1,12 +1,19 @@
-# tb_suite(NAME SOURCES... USES LIBRARIES...): one GoogleTest program, run whole by CTest as the test NAME.
-# The runner demands the program's own closing line besides its exit code.
-function(tb_suite name)
-    cmake_parse_arguments(suite "" "TIMEOUT" "USES" ${ARGN})
+# tb_register_suite(NAME [TIMEOUT SECONDS]): CTest runs the GoogleTest program NAME whole; the runner demands the
+# program's own closing line besides its exit code.
+function(tb_register_suite name)
+    cmake_parse_arguments(suite "" "TIMEOUT" "" ${ARGN})
     if(NOT suite_TIMEOUT)
         set(suite_TIMEOUT 600)
     endif()
+    add_test(NAME ${name}
+             COMMAND "${PROJECT_SOURCE_DIR}/tools/run_suite.sh" ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${suite_TIMEOUT})
+endfunction()
+
+# tb_suite(NAME SOURCES... USES LAYERS... [TIMEOUT SECONDS]): a suite linked to the library's own objects.
+function(tb_suite name)
+    cmake_parse_arguments(suite "" "TIMEOUT" "USES" ${ARGN})
     add_executable(${name} ${suite_UNPARSED_ARGUMENTS})
     target_link_libraries(${name} PRIVATE ${suite_USES} tb_test_support)
-    add_test(NAME ${name} COMMAND "${PROJECT_SOURCE_DIR}/tools/run_suite.sh" ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
-    set_tests_properties(${name} PROPERTIES TIMEOUT ${suite_TIMEOUT})
+    tb_register_suite(${name} TIMEOUT "${suite_TIMEOUT}")
 endfunction()
