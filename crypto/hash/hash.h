@@ -1,7 +1,8 @@
 // Message digests: the abstract class, the registry and the one-shot call.
 //
 //   cHashAlg* hash;
-//   if (createHash(&hash, 0x80) == CRYPT_OK && hash != nullptr) { ... hashBuffer(hash, output, data, size); destroyHash(hash); }
+//   if (createHash(&hash, 0x80) == CRYPT_OK && hash != nullptr) { ... hashBuffer(hash, output, data, size);
+//   destroyHash(hash); }
 //
 // An object is used by one thread at a time; the registry is read-only. After `final` an object is reset before reuse.
 #pragma once
@@ -19,7 +20,8 @@ class TB_API cHashAlg : public HeapObject
 public:
     // Digest length in bytes.
     virtual std::uint32_t getSize();
-    // Takes in length bytes. data may be null when length is 0.
+    // Takes in length bytes; data may be null when length is 0. How a message is split over updates does not matter,
+    // but for id 0x82, which pads every update by itself (crypto/hash/keccak512.h).
     virtual Status update(const std::uint8_t* data, std::uint32_t length);
     // Writes getSize() bytes.
     virtual Status final(std::uint8_t* output);
@@ -51,6 +53,7 @@ extern TB_API const std::int32_t offeredHashes[OFFERED_HASH_COUNT];
 TB_API void destroyHash(cHashAlg* hash);
 TB_API std::uint32_t hashSize(cHashAlg* hash);
 // reset, update and final in one call; stops at the first status that is not 0 and returns it.
-[[nodiscard]] TB_API Status hashBuffer(cHashAlg* hash, std::uint8_t* output, const std::uint8_t* data, std::uint32_t length);
+[[nodiscard]] TB_API Status hashBuffer(cHashAlg* hash, std::uint8_t* output, const std::uint8_t* data,
+                                       std::uint32_t length);
 
 } // namespace toolbelt

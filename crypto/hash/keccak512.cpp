@@ -1,0 +1,127 @@
+// Keccak-f[1600] on 25 lanes of 64 bits, and the sponge with a rate of 72 bytes; little-endian throughout.
+#include "crypto/hash/keccak512.h"
+
+#include <bit>
+#include <cstring>
+
+#include "crypto/base/bytes.h"
+#include "crypto/hash/unroll.h"
+
+namespace toolbelt {
+namespace {
+
+constexpr std::uint32_t RATE = 72;
+constexpr std::uint32_t ROUNDS = 24;
+
+// Where pi moves lane (x, y): to (y, 2x + 3y).
+constexpr std::uint32_t movedLane(std::uint32_t lane)
+{
+    const std::uint32_t x = lane % 5, y = lane / 5;
+    return y + 5 * ((2 * x + 3 * y) % 5);
+}
+
+// Rotations of rho: the triangular numbers, along the path that pi takes from lane (1, 0) on.
+constexpr std::array<int, 25> makeRotations()
+{
+    std::array<int, 25> rotations = {};
+    std::uint32_t lane = 1;
+    for (int t = 0; t < 24; ++t) {
+        rotations[lane] = (t + 1) * (t + 2) / 2 % 64;
+        lane = movedLane(lane);
+    }
+    return rotations;
+}
+constexpr std::array<int, 25> ROTATIONS = makeRotations();
+
+// Constants of iota: the output of the register x^8 + x^6 + x^5 + x^4 + 1, seven bits a round, at bits 2^j - 1.
+constexpr std::array<std::uint64_t, ROUNDS> makeConstants()
+{
+    std::array<std::uint64_t, ROUNDS> constants = {};
+    std::uint32_t shifted = 1;
+    for (std::uint64_t& constant : constants)
+        for (std::uint32_t j = 0; j < 7; ++j) {
+            if (shifted & 1) constant |= 1ull << ((1u << j) - 1);
+            shifted = shifted << 1 ^ (shifted & 0x80 ? 0x171 : 0);
+        }
+    return constants;
+}
+constexpr std::array<std::uint64_t, ROUNDS> CONSTANTS = makeConstants();
+
+struct Work
+{
+    KeccakState moved;
+    std::uint64_t column[5];
+    std::uint64_t effect[5];
+};
+
+void permute(KeccakState& a, Work& work)
+{
+    for (const std::uint64_t constant : CONSTANTS) {
+        // theta
+        unroll<5>([&]<std::uint32_t X>() __attribute__((always_inline)) {
+            work.column[X] = a[X] ^ a[X + 5] ^ a[X + 10] ^ a[X + 15] ^ a[X + 20];
+        });
+        unroll<5>([&]<std::uint32_t X>() __attribute__((always_inline)) {
+            work.effect[X] = work.column[(X + 4) % 5] ^ std::rotl(work.column[(X + 1) % 5], 1);
+        });
+        // rho and pi
+        unroll<25>([&]<std::uint32_t I>() __attribute__((always_inline)) {
+            work.moved[movedLane(I)] = std::rotl(a[I] ^ work.effect[I % 5], ROTATIONS[I]);
+        });
+        // chi
+        unroll<25>([&]<std::uint32_t I>() __attribute__((always_inline)) {
+            constexpr std::uint32_t ROW = I / 5 * 5;
+            a[I] = work.moved[I] ^ (~work.moved[ROW + (I + 1) % 5] & work.moved[ROW + (I + 2) % 5]);
+        });
+        // iota
+        a[0] ^= constant;
+    }
+}
+
+} // namespace
+
+void keccak512Absorb(KeccakState& lanes, const std::uint8_t* blocks, std::uint32_t count)
+{
+    Work work;
+    const WipeOnExit wipeWork(work);
+    for (; count != 0; --count, blocks += RATE) {
+        for (std::uint32_t i = 0; i < RATE / 8; ++i) lanes[i] ^= load64le(blocks + 8 * i);
+        permute(lanes, work);
+    }
+}
+
+Status keccak512Reset(Keccak512Context* context)
+{
+    if (context == nullptr) return CRYPT_E_NULL_CONTEXT;
+    context->lanes = {};
+    return CRYPT_OK;
+}
+
+Status keccak512Update(Keccak512Context* context, const std::uint8_t* data, std::uint32_t length)
+{
+    if (context == nullptr) return CRYPT_E_NULL_CONTEXT;
+    const std::uint32_t blocks = length / RATE;
+    const std::uint32_t rest = length % RATE;
+    if (blocks != 0) {
+        keccak512Absorb(context->lanes, data, blocks);
+        if (rest == 0) return CRYPT_OK;
+    }
+    std::uint8_t last[RATE] = {};
+    const WipeOnExit wipeLast(last);
+    if (rest != 0) std::memcpy(last, data + blocks * RATE, rest);
+    last[rest] = 0x01;
+    // With 71 bytes the 0x01 takes the last place and the closing 0x80 is left out, which Keccak-512 would combine to
+    // 0x81: digests made before depend on it.
+    if (rest != RATE - 1) last[RATE - 1] = 0x80;
+    keccak512Absorb(context->lanes, last, 1);
+    return CRYPT_OK;
+}
+
+Status keccak512Final(Keccak512Context* context, std::uint8_t* output)
+{
+    if (context == nullptr) return CRYPT_E_NULL_CONTEXT;
+    for (std::uint32_t i = 0; i < 8; ++i) store64le(output + 8 * i, context->lanes[i]);
+    return CRYPT_OK;
+}
+
+} // namespace toolbelt

@@ -1,0 +1,22 @@
+// SHA-512 (FIPS 180-4).
+#pragma once
+
+#include <array>
+
+#include "crypto/hash/block_buffer.h"
+#include "crypto/hash/hash_object.h"
+
+namespace toolbelt {
+
+using Sha512State = std::array<std::uint64_t, 8>;
+using Sha512Context = CountedBuffer<Sha512State, 128, CountUnit::BYTES>;
+
+void sha512Compress(Sha512State& state, const std::uint8_t* blocks, std::uint32_t count);
+
+Status sha512Reset(Sha512Context* context);
+Status sha512Update(Sha512Context* context, const std::uint8_t* data, std::uint32_t length);
+Status sha512Final(Sha512Context* context, std::uint8_t* output);
+
+using cHashSHA512 = HashObject<Sha512Context, 64, Release::WIPED, sha512Reset, sha512Update, sha512Final>;
+
+} // namespace toolbelt

@@ -1,0 +1,140 @@
+// Whirlpool: a block cipher of ten rounds in Miyaguchi-Preneel mode, keyed by the chaining value. A round (substitute
+// bytes, shift columns, mix rows) is eight table look-ups a row; the tables, 16 KiB, are built by the compiler from the
+// cipher's definition. Look-ups are indexed by secret data: their timing is not constant.
+#include "crypto/hash/whirlpool.h"
+
+#include <bit>
+
+#include "crypto/base/bytes.h"
+#include "crypto/hash/unroll.h"
+
+namespace toolbelt {
+namespace {
+
+constexpr std::uint32_t ROUNDS = 10;
+
+// The substitution box: two layers of 4-bit boxes E, its inverse, and R.
+constexpr std::array<std::uint8_t, 256> makeBox()
+{
+    constexpr std::uint8_t E[16] = {1, 11, 9, 12, 13, 6, 15, 3, 14, 8, 7, 4, 10, 2, 5, 0};
+    constexpr std::uint8_t R[16] = {7, 12, 11, 13, 14, 4, 9, 15, 6, 3, 8, 10, 2, 5, 1, 0};
+    std::uint8_t inverse[16] = {};
+    for (std::uint8_t i = 0; i < 16; ++i) inverse[E[i]] = i;
+    std::array<std::uint8_t, 256> box = {};
+    for (std::uint32_t i = 0; i < 256; ++i) {
+        const std::uint32_t high = E[i / 16];
+        const std::uint32_t low = inverse[i % 16];
+        const std::uint32_t middle = R[high ^ low];
+        box[i] = static_cast<std::uint8_t>(E[high ^ middle] << 4 | inverse[low ^ middle]);
+    }
+    return box;
+}
+
+// Product in GF(2^8) modulo x^8 + x^4 + x^3 + x^2 + 1.
+constexpr std::uint32_t multiply(std::uint32_t a, std::uint32_t b)
+{
+    std::uint32_t product = 0;
+    for (; b != 0; b >>= 1) {
+        if (b & 1) product ^= a;
+        a = a << 1 ^ (a & 0x80 ? 0x11D : 0);
+    }
+    return product;
+}
+
+constexpr std::array<std::uint8_t, 256> BOX = makeBox();
+
+// TABLES[column][x]: what byte x of that column adds to the row where it ends up, which is S(x) times the circulant row
+// of the diffusion matrix, turned by the column.
+using Tables = std::array<std::array<std::uint64_t, 256>, 8>;
+constexpr Tables makeTables()
+{
+    constexpr std::uint8_t CIRCULANT[8] = {1, 1, 4, 1, 8, 5, 2, 9};
+    Tables tables = {};
+    for (std::uint32_t x = 0; x < 256; ++x) {
+        std::uint64_t row = 0;
+        for (std::uint8_t factor : CIRCULANT) row = row << 8 | multiply(BOX[x], factor);
+        for (std::uint32_t column = 0; column < 8; ++column) tables[column][x] = std::rotr(row, 8 * int(column));
+    }
+    return tables;
+}
+constexpr Tables TABLES = makeTables();
+
+// Round constants: the box itself, eight bytes a round, in the first row of the key.
+constexpr std::array<std::uint64_t, ROUNDS> makeConstants()
+{
+    std::array<std::uint64_t, ROUNDS> constants = {};
+    for (std::uint32_t i = 0; i < 8 * ROUNDS; ++i) constants[i / 8] = constants[i / 8] << 8 | BOX[i];
+    return constants;
+}
+constexpr std::array<std::uint64_t, ROUNDS> CONSTANTS = makeConstants();
+
+// One row of substitute, shift columns and mix rows: column j comes from j rows above.
+template <std::uint32_t ROW>
+[[gnu::always_inline]] inline std::uint64_t mixRow(const WhirlpoolState& matrix)
+{
+    std::uint64_t row = 0;
+    unroll<8>([&]<std::uint32_t J>() __attribute__((always_inline)) {
+        row ^= TABLES[J][static_cast<std::uint8_t>(matrix[(ROW + 8 - J) % 8] >> (56 - 8 * J))];
+    });
+    return row;
+}
+
+// next = the round function of current, without its key.
+void applyRound(WhirlpoolState& next, const WhirlpoolState& current)
+{
+    unroll<8>([&]<std::uint32_t ROW>() __attribute__((always_inline)) { next[ROW] = mixRow<ROW>(current); });
+}
+
+} // namespace
+
+void whirlpoolCompress(WhirlpoolState& state, const std::uint8_t* blocks, std::uint32_t count)
+{
+    struct
+    {
+        WhirlpoolState key, cipher, next;
+    } work;
+    const WipeOnExit wipeWork(work);
+    for (; count != 0; --count, blocks += 64) {
+        work.key = state;
+        for (std::uint32_t i = 0; i < 8; ++i) {
+            const std::uint64_t row = load64be(blocks + 8 * i);
+            work.cipher[i] = row ^ state[i];
+            state[i] ^= row;
+        }
+        for (const std::uint64_t constant : CONSTANTS) {
+            applyRound(work.next, work.key);
+            work.next[0] ^= constant;
+            work.key = work.next;
+            applyRound(work.next, work.cipher);
+            for (std::uint32_t i = 0; i < 8; ++i) work.cipher[i] = work.next[i] ^ work.key[i];
+        }
+        for (std::uint32_t i = 0; i < 8; ++i) state[i] ^= work.cipher[i];
+    }
+}
+
+Status whirlpoolReset(WhirlpoolContext* context)
+{
+    if (context == nullptr) return CRYPT_E_NULL_CONTEXT;
+    start(*context, {});
+    return CRYPT_OK;
+}
+
+Status whirlpoolUpdate(WhirlpoolContext* context, const std::uint8_t* data, std::uint32_t length)
+{
+    if (context == nullptr) return CRYPT_E_NULL_CONTEXT;
+    countAndAbsorb(*context, data, length, whirlpoolCompress);
+    return CRYPT_OK;
+}
+
+Status whirlpoolFinal(WhirlpoolContext* context, std::uint8_t* output)
+{
+    if (context == nullptr) return CRYPT_E_NULL_CONTEXT;
+    // The length is 256 bits, of which the counter fills the last 64.
+    std::uint8_t length[32] = {};
+    store64be(length + 24, context->counter);
+    pad(*context, length, whirlpoolCompress);
+    for (std::uint32_t i = 0; i < 8; ++i) store64be(output + 8 * i, context->state[i]);
+    return CRYPT_OK;
+}
+
+} // namespace toolbelt

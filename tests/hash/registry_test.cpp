@@ -1,0 +1,128 @@
+// The registry, the framework's calls and the life of digest objects.
+#include "crypto/hash/hash.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "crypto/hash/keccak512.h"
+#include "crypto/hash/md5.h"
+#include "crypto/hash/skein512.h"
+#include "crypto/hash/whirlpool.h"
+#include "tests/support/test_heap.h"
+
+namespace toolbelt {
+namespace {
+
+static_assert(sizeof(cHashMD5) == 2 * sizeof(void*), "an object holds its context pointer and nothing else");
+
+TEST(HashRegistry, RowsAndOfferedIdsAreTheDocumentedOnesInOrder)
+{
+    struct Expected
+    {
+        std::int32_t id;
+        std::uint32_t size;
+        const char* name;
+        std::uint32_t wiped; // blocks that are wiped when the object goes: the contexts of all but the three oldest
+    };
+    constexpr Expected rows[] = {{1, 16, "MD5", 0},          {2, 20, "SHA-1", 0},        {3, 20, "RIPEMD-160", 0},
+                                 {0x80, 32, "SHA-256", 1},   {8, 32, "SHA-256", 1},      {10, 64, "SHA-512", 1},
+                                 {0x81, 64, "Whirlpool", 1}, {0x83, 64, "Skein-512", 1}, {0x82, 64, "Keccak-512", 1}};
+    static_assert(std::size(rows) == HASH_ROW_COUNT);
+    for (std::uint32_t i = 0; i < HASH_ROW_COUNT; ++i) {
+        SCOPED_TRACE(rows[i].id);
+        EXPECT_EQ(hashRows[i].id, rows[i].id);
+        EXPECT_EQ(hashRows[i].size, rows[i].size);
+        EXPECT_STREQ(hashRows[i].name, rows[i].name);
+
+        test::TestHeap heap; // its destructor notices contexts that leak or that are not zero all over
+        cHashAlg* hash = nullptr;
+        ASSERT_EQ(createHash(&hash, rows[i].id), 0);
+        ASSERT_NE(hash, nullptr);
+        EXPECT_EQ(hashSize(hash), rows[i].size);
+        EXPECT_EQ(heap.held(), 2u);
+        EXPECT_EQ(hash->update(reinterpret_cast<const std::uint8_t*>("secret"), 6), 0);
+        destroyHash(hash);
+        EXPECT_EQ(heap.secretsReleased(), rows[i].wiped);
+    }
+    EXPECT_EQ(hashRows[3].create, hashRows[4].create);
+    EXPECT_EQ(std::vector<std::int32_t>(offeredHashes, offeredHashes + OFFERED_HASH_COUNT),
+              (std::vector<std::int32_t>{1, 2, 3, 0x80, 10, 0x81, 0x82, 0x83}));
+}
+
+TEST(HashRegistry, UnknownIdsLeaveTheSlotAlone)
+{
+    cHashAlg* const mark = reinterpret_cast<cHashAlg*>(std::uintptr_t(0x1234));
+    for (const std::int32_t id : {0, 4, 9, 11, 0x7F, 0x84, 0x101, -0x7F, -1}) {
+        cHashAlg* hash = mark;
+        EXPECT_EQ(createHash(&hash, id), 22) << id;
+        EXPECT_EQ(hash, mark) << id;
+    }
+    destroyHash(nullptr);
+}
+
+TEST(HashRegistry, WithoutMemoryThereIsNoObjectAndNoError)
+{
+    for (const HashRow& row : hashRows) {
+        const std::uint32_t injected = test::forEachFailingAllocation([&](test::TestHeap& heap) {
+            cHashAlg* hash = reinterpret_cast<cHashAlg*>(1);
+            EXPECT_EQ(createHash(&hash, row.id), 0);
+            EXPECT_EQ(hash == nullptr, heap.failed());
+            if (hash == nullptr) return;
+            // No other operation allocates, so none can fail for memory later.
+            std::uint8_t output[64];
+            EXPECT_EQ(hashBuffer(hash, output, output, 0), 0);
+            EXPECT_EQ(heap.allocations(), 2u);
+            destroyHash(hash);
+        });
+        EXPECT_EQ(injected, 4u) << row.name;
+    }
+    test::TestHeap heap;
+    heap.failAt(1);
+    Md5Context* context;
+    EXPECT_EQ(allocateContext(&context), 2);
+    EXPECT_EQ(context, nullptr);
+}
+
+TEST(HashFramework, BaseSlotsAreStubsAndHashBufferStopsAtTheFirstFailure)
+{
+    struct Bare final : cHashAlg
+    {
+    } bare;
+    EXPECT_EQ(hashSize(&bare), 23u);
+    EXPECT_EQ(bare.update(nullptr, 0), 23);
+    EXPECT_EQ(bare.final(nullptr), 23);
+    EXPECT_EQ(bare.reset(), 23);
+
+    struct Failing final : cHashAlg
+    {
+        Status statuses[3] = {};
+        std::uint32_t calls = 0;
+        Status update(const std::uint8_t*, std::uint32_t) override { return ++calls, statuses[1]; }
+        Status final(std::uint8_t*) override { return ++calls, statuses[2]; }
+        Status reset() override { return ++calls, statuses[0]; }
+    };
+    for (std::uint32_t failing = 0; failing < 3; ++failing) {
+        Failing hash;
+        hash.statuses[failing] = 77;
+        EXPECT_EQ(hashBuffer(&hash, nullptr, nullptr, 0), 77);
+        EXPECT_EQ(hash.calls, failing + 1);
+    }
+}
+
+TEST(HashFramework, ContextRoutinesRefuseAMissingContext)
+{
+    std::uint8_t bytes[64] = {};
+    EXPECT_EQ(keccak512Reset(nullptr), 1);
+    EXPECT_EQ(keccak512Update(nullptr, bytes, 1), 1);
+    EXPECT_EQ(keccak512Final(nullptr, bytes), 1);
+    EXPECT_EQ(whirlpoolReset(nullptr), 1);
+    EXPECT_EQ(whirlpoolUpdate(nullptr, bytes, 1), 1);
+    EXPECT_EQ(whirlpoolFinal(nullptr, bytes), 1);
+    EXPECT_EQ(skein512Reset(nullptr), 1);
+    EXPECT_EQ(skein512Update(nullptr, bytes, 1), 1);
+    EXPECT_EQ(skein512Final(nullptr, bytes), 1);
+}
+
+} // namespace
+} // namespace toolbelt
