@@ -7,6 +7,8 @@
 
 namespace toolbelt {
 
+// Never more than 2^32 - 1 bytes: what would not fit is refused like memory that has run out. Bytes to be added must
+// not lie in the buffer's own block, which may move.
 class TB_API cByteBuffer
 {
 public:
@@ -22,13 +24,15 @@ public:
 
     // Releases the block.
     void release();
-    // Releases the block and takes a new one with length bytes in use, their contents zero. False when memory runs out.
+    // Releases the block, then takes a new one of exactly length bytes, all in use, their contents zero (no block for
+    // 0). False, and an empty buffer, when memory runs out.
     [[nodiscard]] bool allocate(std::uint32_t length);
     // Makes room for at least capacity bytes; what is in use stays. False, and nothing changed, when memory runs out.
     [[nodiscard]] bool reserve(std::uint32_t capacity);
-    // Adds size bytes in use at the end, their contents zero. False, and nothing changed, when memory runs out.
+    // Adds size bytes in use at the end, their contents zero. False, and nothing changed, when memory runs out. The
+    // block grows by at least a half, so that many small additions cost linear time.
     [[nodiscard]] bool grow(std::uint32_t size);
-    // Adds a copy of the bytes at the end.
+    // Adds a copy of the bytes at the end, growing as above.
     [[nodiscard]] bool append(const void* bytes, std::uint32_t size);
     // Uses fewer bytes; the ones given up are wiped, the block stays.
     void truncate(std::uint32_t length);

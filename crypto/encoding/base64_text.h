@@ -1,0 +1,21 @@
+// What the base64 encoder and decoder share; not part of the public interface.
+#pragma once
+
+#include <cstdint>
+
+#include "crypto/encoding/base64.h"
+
+namespace toolbelt {
+
+inline constexpr std::uint32_t BASE64_CHECKSUM_DIGITS = 4;
+inline constexpr std::uint32_t BASE64_NO_VALUE = 0xFFFFFFFF; // no checksum equals this
+
+// The 24-bit value of four characters, BASE64_NO_VALUE when one of them is not a digit of the alphabet.
+std::uint32_t readChecksum(const char* characters, const char* alphabet);
+
+inline const char* alphabetOrDefault(const char* alphabet)
+{
+    return alphabet ? alphabet : defaultAlphabet();
+}
+
+} // namespace toolbelt

@@ -1,0 +1,221 @@
+#include "crypto/encoding/base64.h"
+
+#include <random>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "crypto/encoding/crc24.h"
+#include "tests/support/vectors.h"
+
+namespace toolbelt {
+namespace {
+
+using test::Bytes;
+using namespace std::string_literals;
+
+constexpr std::uint32_t PLAIN = BASE64_NO_CHECKSUM | BASE64_NO_BREAKS;
+
+// Encodes as a careful caller does: asks for the size, is refused with one character less, then has exactly enough.
+std::string encode(const Bytes& data, std::uint32_t flags, const char* begin = nullptr, const char* end = nullptr,
+                   const char* version = nullptr, const char* alphabet = nullptr)
+{
+    std::uint32_t size = 0;
+    const auto run = [&](char* output) {
+        const auto length = static_cast<std::uint32_t>(data.size());
+        return base64Encode(output, &size, data.data(), length, begin, end, version, alphabet, flags);
+    };
+    if (run(nullptr) != STATUS_BUFFER_TOO_SMALL) return {};
+    std::vector<char> text(size--, '#');
+    EXPECT_EQ(run(text.data()), STATUS_BUFFER_TOO_SMALL);
+    EXPECT_EQ(text, std::vector<char>(size, '#')) << "too small: the size is told, the output untouched";
+    EXPECT_EQ(run(text.data()), STATUS_OK);
+    EXPECT_EQ(size, text.size());
+    return {text.begin(), text.end()};
+}
+
+struct Decoded
+{
+    Status status;
+    std::string bytes; // as many as the size says, which is the size of the block after most failures
+    std::uint32_t consumed;
+    bool operator==(const Decoded&) const = default;
+};
+
+// Decodes in the same three steps, from and into blocks of the exact size.
+Decoded decode(std::string_view text, const char* alphabet = nullptr)
+{
+    const std::vector<char> input(text.begin(), text.end());
+    Bytes output;
+    std::uint32_t size = 0, consumed = 0;
+    const auto run = [&] {
+        const auto length = static_cast<std::uint32_t>(input.size());
+        return base64Decode(output.data(), &size, input.data(), length, alphabet, &consumed);
+    };
+    Status status = run();
+    if (status == STATUS_BUFFER_TOO_SMALL) {
+        output.assign(size--, '#');
+        EXPECT_EQ(run(), STATUS_BUFFER_TOO_SMALL);
+        EXPECT_EQ(output, Bytes(size, '#'));
+        status = run();
+    }
+    return {status, std::string(output.begin(), output.begin() + size), consumed};
+}
+
+std::string checksumText(const Bytes& data)
+{
+    const std::uint32_t crc = crc24(data.data(), static_cast<std::uint32_t>(data.size()));
+    return encode({std::uint8_t(crc >> 16), std::uint8_t(crc >> 8), std::uint8_t(crc)}, PLAIN);
+}
+
+TEST(Base64, PublishedVectors)
+{
+    for (const test::Record& record : test::readVectors("base64.txt")) {
+        const Bytes data = record.message("base64"), crc = record.bytes("crc24");
+        const std::string& text = record.get("text");
+        EXPECT_EQ(encode(data, PLAIN), text) << record.where;
+        EXPECT_EQ(decode(text), (Decoded{0, std::string(data.begin(), data.end()), std::uint32_t(text.size())}));
+        const auto size = static_cast<std::uint32_t>(data.size());
+        for (std::uint32_t split = 0; split <= size; ++split)
+            ASSERT_EQ(crc24(data.data() + split, size - split, crc24(data.data(), split)),
+                      std::uint32_t(crc[0] << 16 | crc[1] << 8 | crc[2]))
+                << record.where << " split at " << split;
+        EXPECT_TRUE(record.unread().empty());
+    }
+}
+
+TEST(Base64, LinesByFlagAndOptionForEveryLength)
+{
+    EXPECT_EQ(encode({'a', 'b', 'c'}, PLAIN, "BEGIN", nullptr, ""), "YWJj") << "one line alone does not count";
+    EXPECT_EQ(encode({'a', 'b', 'c'}, BASE64_NO_BREAKS), "YWJj\r\n=uhx7\r\n");
+    EXPECT_EQ(encode({}, 0, "BEGIN", "END", "1"), "BEGIN\r\nVersion: 1\r\n\r\n=twTO\r\nEND\r\n");
+    EXPECT_EQ(encode(Bytes(49), 1), std::string(64, 'A') + "\r\nAA==\r\n");
+    Bytes data;
+    for (std::uint32_t length = 1; length <= 200; ++length) {
+        data.push_back(static_cast<std::uint8_t>(length * 91 ^ length >> 2));
+        const std::string bytes(data.begin(), data.end()), body = encode(data, PLAIN), sum = "=" + checksumText(data);
+        std::string broken;
+        for (std::size_t at = 0; at < body.size(); at += 64) broken += body.substr(at, 64) + "\r\n";
+        EXPECT_EQ(encode(data, BASE64_NO_CHECKSUM), broken);
+        EXPECT_EQ(encode(data, BASE64_NO_BREAKS), broken + sum + "\r\n");
+        EXPECT_EQ(encode(data, PLAIN, "<", ">"), "<\r\n" + broken + ">\r\n");
+        EXPECT_EQ(encode(data, PLAIN, nullptr, nullptr, "v"), "Version: v\r\n\r\n" + broken);
+        EXPECT_EQ(encode(data, 0, "<", ">", "v"), "<\r\nVersion: v\r\n\r\n" + broken + sum + "\r\n>\r\n");
+        for (const std::string& text : {body, broken, broken + sum})
+            ASSERT_EQ(decode(text + "\r\n").bytes, bytes) << length;
+        ASSERT_EQ(decode(broken + sum + "\r\n"), (Decoded{0, bytes, std::uint32_t(broken.size() + 5)}));
+    }
+
+    const auto ask = [](std::uint32_t dataLength, std::uint32_t flags, std::uint32_t size = 0) {
+        const Status status =
+            base64Encode(nullptr, &size, nullptr, dataLength, nullptr, nullptr, nullptr, nullptr, flags);
+        return std::pair(status, size);
+    };
+    EXPECT_EQ(ask(3221225469, PLAIN), std::pair(STATUS_BUFFER_TOO_SMALL, 4294967292u));
+    EXPECT_EQ(ask(3221225470, PLAIN), std::pair(TEXT_E_CONSISTENCY, 0u));
+    EXPECT_EQ(ask(3221225469, BASE64_NO_CHECKSUM), std::pair(TEXT_E_CONSISTENCY, 0u)) << "line ends count";
+}
+
+TEST(Base64, Alphabets)
+{
+    const std::string standard = BASE64_STANDARD_ALPHABET, url = standard.substr(0, 62) + "-_=";
+    const Bytes data = {0xFB, 0xFF, 0xBE};
+    EXPECT_EQ(defaultAlphabet(), standard);
+    EXPECT_EQ(encode(data, PLAIN, nullptr, nullptr, nullptr, url.c_str()), "-_--");
+    const char* const before = setDefaultAlphabet(url.c_str());
+    EXPECT_EQ(encode(data, PLAIN), "-_--");
+    EXPECT_EQ(decode("-_--").bytes, std::string(data.begin(), data.end()));
+    EXPECT_EQ(std::pair(base64Index('_'), base64Index('+')), std::pair(63, -1));
+    EXPECT_EQ(setDefaultAlphabet(nullptr), url.c_str());
+    EXPECT_EQ(defaultAlphabet(), before);
+    EXPECT_EQ(std::pair(base64Index('='), base64Index('A')), std::pair(64, 0));
+
+    // A character that occurs twice stands for its highest position, so what it should stand for cannot be read back.
+    const std::string same(65, 'A');
+    EXPECT_EQ(base64Index('A', same.c_str()), 64);
+    char output[16] = "unchanged";
+    std::uint32_t size = sizeof output;
+    EXPECT_EQ(base64Encode(output, &size, data.data(), 3, nullptr, nullptr, nullptr, same.c_str()), TEXT_E_CONSISTENCY);
+    EXPECT_EQ(std::pair("unchanged"s, 16u), std::pair(std::string(output), size));
+
+    // Blanks behind a line break are skipped by the decoding pass alone, even when the alphabet holds them: the size
+    // pass counts four digits here, and three are left.
+    EXPECT_EQ(decode("\n YWJ", (" " + standard.substr(1)).c_str()), (Decoded{0, "\x01\x85", 5}));
+}
+
+TEST(Base64, DecodesByItsOwnRules)
+{
+    const struct
+    {
+        const char* text;
+        Decoded expected;
+    } cases[] = {
+        {"", {0, "", 0}},
+        {"Y W-J\tj\x80\xFF", {0, "abc", 9}},
+        {"YWJjYQ==YWI=", {TEXT_E_MALFORMED, "", 0}},      // three pads in all
+        {"YWI", {TEXT_E_MALFORMED, "", 0}},               // no room was counted without pads
+        {"YWJjYWI==", {TEXT_E_MALFORMED, "\0\0\0#"s, 0}}, // two pads make room for one byte; the others are wiped
+        {"YWJjY", {0, "abc", 5}},                         // one digit left over is dropped
+        {"YW=Jj", {0, "\x58\x02\x63", 5}},                // a pad shifts, but is no digit
+        {"YWJjYW=", {0, "abc\x8D", 7}},                   // one pad short: a digit of the group before shows
+        {"=twTO", {0, "", 5}},                            // the checksum of no data
+        {" -\t=twTOYWJj", {0, "", 8}},                    // what is no digit leaves the line start as it is
+        {"YWJj\n \t=uhx7\r\nYWJj", {0, "abc", 12}},       // nothing is read behind a checksum line
+        {"YWJj\n=uhx8", {TEXT_E_CHECKSUM, "abc", 0}},     // the bytes are there all the same
+        {"YWJ5\n=VAbG", {0, "aby", 10}},
+        {"YWJ5\n=V=bG", {TEXT_E_CHECKSUM, "aby", 0}},    // a pad is no digit, whatever its bits would add
+        {"YWJj\n=uhx", {TEXT_E_CHECKSUM, "\0\0\0"s, 0}}, // cut short
+    };
+    for (const auto& [text, expected] : cases) EXPECT_EQ(decode(text), expected) << text;
+}
+
+// The rules once more, a character at a time and in one pass.
+Decoded decodeSlowly(const std::string& text)
+{
+    const std::string alphabet = BASE64_STANDARD_ALPHABET;
+    std::string bytes;
+    std::uint32_t bits = 0, digits = 0, pads = 0, at = 0;
+    bool lineStart = true, checksum = false;
+    while (at < text.size() && !checksum) {
+        const char c = text[at++];
+        const auto value = static_cast<std::uint32_t>(alphabet.find(c));
+        if (c == '\r' || c == '\n') lineStart = true;
+        if (value == 64) lineStart ? void(checksum = true) : void((bits <<= 6, ++pads));
+        if (value >= 64) continue;
+        bits = bits << 6 | value;
+        lineStart = false;
+        if (++digits % 4 == 0) bytes += {char(bits >> 16), char(bits >> 8), char(bits)};
+    }
+    if (pads > 2) return {TEXT_E_MALFORMED, "", 0};
+    const std::size_t room = bytes.size() + (3 - pads) % 3;
+    const std::string wiped = std::string(bytes.size(), '\0') + std::string(room - bytes.size(), '#');
+    if (checksum && text.size() - at < 4) return {TEXT_E_CHECKSUM, wiped, 0};
+    for (std::uint32_t i = 1; i < digits % 4; ++i) bytes += char(bits >> (24 - 8 * i));
+    if (bytes.size() > room) return {TEXT_E_MALFORMED, wiped, 0};
+    if (!checksum) return {0, bytes, at};
+    const bool matches = text.substr(at, 4) == checksumText(Bytes(bytes.begin(), bytes.end()));
+    return {matches ? STATUS_OK : TEXT_E_CHECKSUM, bytes, matches ? at + 4 : 0};
+}
+
+TEST(Base64, HostileTextsDecodeAsTheSlowDecoderSays)
+{
+    std::mt19937 random(20240607);
+    std::uint32_t seen[64] = {};
+    for (int round = 0; round < 60000; ++round) {
+        std::string text;
+        const std::string_view characters = round % 2 ? "A=\r\n \t-" : "AzQ9AzQ9AzQ9A/=\n ";
+        for (std::size_t length = random() % 24; length != 0; --length)
+            text += characters[random() % characters.size()];
+        if (round % 4 < 2) {
+            const std::string bytes = decodeSlowly(text).bytes;
+            text += "\n=" + checksumText(Bytes(bytes.begin(), bytes.end())).substr(0, round % 8 ? 4 : 3);
+        }
+        const Decoded expected = decodeSlowly(text);
+        ASSERT_EQ(decode(text), expected) << testing::PrintToString(text);
+        ++seen[expected.status];
+    }
+    for (const Status status : {STATUS_OK, TEXT_E_MALFORMED, TEXT_E_CHECKSUM}) EXPECT_GT(seen[status], 1000u);
+}
+
+} // namespace
+} // namespace toolbelt
