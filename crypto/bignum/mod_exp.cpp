@@ -1,0 +1,115 @@
+// Modular products and powers.
+//
+// Powers modulo an odd number of 32 bits and more are taken in Montgomery form with a fixed window of six bits: behind
+// the exponent's top bit, every six bits are squared in and followed by one product with an entry of the power table.
+#include <algorithm>
+
+#include "crypto/bignum/modular.h"
+#include "crypto/bignum/montgomery.h"
+
+namespace toolbelt {
+namespace {
+
+// Both fixed.
+constexpr std::uint32_t montgomeryBits = 32; // shorter moduli take the plain method
+constexpr std::uint32_t windowBits = 6;
+
+// The next window below bit: moves bit down behind it, and returns its value. The last window may be shorter.
+std::uint32_t takeWindow(const BigNum& exponent, std::uint32_t& bit, std::uint32_t& length) noexcept
+{
+    std::uint32_t window = 0;
+    for (length = 0; length < windowBits && bit > 0; ++length)
+        window = 2 * window + static_cast<std::uint32_t>(bnTestBit(exponent, --bit));
+    return window;
+}
+
+// The powers 1 to 63 of a number in Montgomery form, as windows: the first into the number itself, the others into one
+// array. Entries above the largest window that the exponent holds are never looked at, and are not computed.
+class PowerTable
+{
+public:
+    Status build(MontgomeryContext& context, const BigNum& base, const BigNum& exponent) noexcept
+    {
+        std::uint32_t largest = 1;
+        for (std::uint32_t bit = bnBitLength(exponent) - 1, length; bit > 0;)
+            largest = std::max(largest, takeWindow(exponent, bit, length));
+        const std::size_t k = static_cast<std::size_t>(context.k);
+        Status status = bnView(entries_[1], base, 0, context.k);
+        if (status == STATUS_OK) status = detail::resizeLimbs(storage_, (largest - 1) * k);
+        for (std::uint32_t i = 2; i <= largest && status == STATUS_OK; ++i) {
+            status = bnView(entries_[i], storage_, static_cast<std::int32_t>((i - 2) * k), context.k);
+            if (status == STATUS_OK) context.product(entries_[i].limbs, entries_[i - 1].limbs, base.limbs);
+        }
+        return status;
+    }
+    const limbs::Limb* operator[](std::uint32_t power) const noexcept { return entries_[power].limbs; }
+
+private:
+    BigNum storage_; // before the entries that look into it
+    BigNum entries_[1 << windowBits];
+};
+
+Status setOne(BigNum& number) noexcept
+{
+    const limbs::Limb one = 1;
+    return detail::store(number, &one, 1);
+}
+
+Status plainPower(BigNum& result, const BigNum& base, const BigNum& exponent, const BigNum& modulus) noexcept
+{
+    BigNum reduced, power;
+    Status status = detail::divide(nullptr, reduced, base, modulus);
+    if (status == STATUS_OK) status = bnCopy(power, reduced);
+    for (std::uint32_t bit = bnBitLength(exponent) - 1; bit > 0 && status == STATUS_OK;) {
+        status = bnModMultiply(power, power, power, modulus);
+        if (bnTestBit(exponent, --bit) && status == STATUS_OK) status = bnModMultiply(power, power, reduced, modulus);
+    }
+    return status == STATUS_OK ? bnCopy(result, power) : status;
+}
+
+Status montgomeryPower(BigNum& result, const BigNum& base, const BigNum& exponent, const BigNum& modulus) noexcept
+{
+    MontgomeryContext context(modulus);
+    Status status = context.build();
+    if (status != STATUS_OK) return status;
+    const std::size_t k = static_cast<std::size_t>(context.k);
+
+    // base R mod n, in exactly k limbs.
+    BigNum converted, power;
+    status = detail::shiftLeft(power, base, static_cast<std::uint32_t>(64 * k));
+    if (status == STATUS_OK) status = detail::resizeLimbs(converted, k);
+    if (status == STATUS_OK) status = detail::divide(nullptr, converted, power, modulus);
+    PowerTable table;
+    if (status == STATUS_OK) status = table.build(context, converted, exponent);
+    if (status == STATUS_OK) status = detail::resizeLimbs(power, k);
+    if (status == STATUS_OK) status = bnCopy(power, converted);
+    if (status != STATUS_OK) return status;
+
+    for (std::uint32_t bit = bnBitLength(exponent) - 1, length; bit > 0;) {
+        const std::uint32_t window = takeWindow(exponent, bit, length);
+        while (length-- > 0) context.product(power.limbs, power.limbs, power.limbs);
+        if (window != 0) context.product(power.limbs, power.limbs, table[window]);
+    }
+    return bnModMultiply(result, power, context.inverseR, modulus);
+}
+
+} // namespace
+
+Status bnModMultiply(BigNum& result, const BigNum& a, const BigNum& b, const BigNum& n)
+{
+    if (detail::tooLong(a, b, n) || detail::Operand(n).count == 0) return BN_E_RANGE;
+    BigNum product;
+    const Status status = detail::multiply(product, a, b);
+    return status == STATUS_OK ? detail::divide(nullptr, result, product, n) : status;
+}
+
+Status bnModExp(BigNum& result, const BigNum& base, const BigNum& exponent, const BigNum& modulus, bool forcePlain)
+{
+    if (detail::tooLong(base, exponent, modulus) || detail::Operand(modulus).count == 0) return BN_E_RANGE;
+    if (bnBitLength(exponent) == 0) return setOne(result);
+    if (forcePlain || bnBitLength(modulus) < montgomeryBits || bnTestBit(modulus, 0) == 0)
+        return plainPower(result, base, exponent, modulus);
+    return montgomeryPower(result, base, exponent, modulus);
+}
+
+} // namespace toolbelt
