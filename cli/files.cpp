@@ -1,0 +1,156 @@
+#include "cli/files.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+#include "cli/console.h"
+#include "cli/errors.h"
+#include "cli/text.h"
+
+namespace toolbelt::cli {
+namespace {
+
+constexpr std::uint32_t PIECE = 1 << 20;
+
+// "what happened: the system's text (system error N)"
+Failure systemFailure(const std::string& path, const std::string& what, ExitCode exitCode)
+{
+    const DWORD error = GetLastError();
+    wchar_t text[512];
+    DWORD length =
+        FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK,
+                       nullptr, error, 0, text, 512, nullptr);
+    while (length > 0 && (text[length - 1] == L' ' || text[length - 1] == L'.')) --length;
+    const std::string reason = length > 0 ? ": " + toUtf8(std::wstring(text, length)) : "";
+    return Failure(path, what + reason + " (system error " + std::to_string(error) + ")", exitCode);
+}
+
+void writeAll(HANDLE handle, const std::string& path, const Bytes& bytes)
+{
+    for (std::size_t at = 0; at < bytes.size();) {
+        checkInterrupt(path);
+        const DWORD wanted = static_cast<DWORD>(std::min<std::size_t>(bytes.size() - at, PIECE));
+        DWORD written = 0;
+        if (!WriteFile(handle, bytes.data() + at, wanted, &written, nullptr) || written == 0)
+            throw systemFailure(path, "cannot be written", EXIT_SYSTEM);
+        at += written;
+    }
+}
+
+// A file beside the target, gone with its owner unless it was renamed to the target.
+class TemporaryFile
+{
+public:
+    explicit TemporaryFile(const std::string& target) : target_(target), wideTarget_(toWide(target))
+    {
+        for (unsigned attempt = 0; attempt < 100; ++attempt) {
+            name_ = wideTarget_ + L".tmp-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(attempt);
+            handle_ = CreateFileW(name_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+            if (handle_ != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS) break;
+        }
+        if (handle_ == INVALID_HANDLE_VALUE) throw systemFailure(target_, "cannot be created", EXIT_SYSTEM);
+    }
+    ~TemporaryFile()
+    {
+        close();
+        if (!name_.empty()) DeleteFileW(name_.c_str());
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    HANDLE handle() const { return handle_; }
+    void commit()
+    {
+        close();
+        if (!MoveFileExW(name_.c_str(), wideTarget_.c_str(), MOVEFILE_REPLACE_EXISTING))
+            throw systemFailure(target_, "cannot be written", EXIT_SYSTEM);
+        name_.clear();
+    }
+
+private:
+    void close()
+    {
+        if (handle_ != INVALID_HANDLE_VALUE) CloseHandle(handle_);
+        handle_ = INVALID_HANDLE_VALUE;
+    }
+
+    std::string target_;
+    std::wstring wideTarget_;
+    std::wstring name_;
+    HANDLE handle_ = INVALID_HANDLE_VALUE;
+};
+
+} // namespace
+
+InputFile::InputFile(const std::string& path)
+    : path_(path), handle_(GetStdHandle(STD_INPUT_HANDLE)), owned_(path != "-")
+{
+    if (owned_)
+        handle_ =
+            CreateFileW(toWide(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                        nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+    if (handle_ == INVALID_HANDLE_VALUE || handle_ == nullptr)
+        throw systemFailure(path_, "cannot be opened", EXIT_INPUT);
+    LARGE_INTEGER size;
+    if (owned_ && GetFileSizeEx(handle_, &size) && size.QuadPart > 0) size_ = static_cast<std::uint64_t>(size.QuadPart);
+}
+
+InputFile::~InputFile()
+{
+    if (owned_) CloseHandle(handle_);
+}
+
+std::uint32_t InputFile::read(std::uint8_t* block, std::uint32_t size)
+{
+    std::uint32_t filled = 0;
+    while (filled < size) {
+        DWORD got = 0;
+        if (!ReadFile(handle_, block + filled, std::min(size - filled, PIECE), &got, nullptr)) {
+            if (GetLastError() == ERROR_BROKEN_PIPE) break; // how a pipe ends
+            throw systemFailure(path_, "cannot be read", EXIT_INPUT);
+        }
+        if (got == 0) break;
+        filled += got;
+    }
+    return filled;
+}
+
+Bytes readWhole(const std::string& path, std::uint32_t limit)
+{
+    const auto tooLarge = [&] { return Failure(path, "larger than " + std::to_string(limit) + " bytes", EXIT_INPUT); };
+    InputFile file(path);
+    if (file.size() > limit) throw tooLarge();
+    Bytes bytes;
+    // One byte more than the file holds shows its end without another block; a file may also grow meanwhile.
+    std::uint64_t room = file.size() != 0 ? file.size() + 1 : PIECE;
+    for (;;) {
+        room = std::min<std::uint64_t>(room, std::uint64_t(limit) + 1);
+        const std::uint32_t had = size32(bytes);
+        bytes.resize(static_cast<std::size_t>(room));
+        const std::uint32_t got = file.read(bytes.data() + had, static_cast<std::uint32_t>(room) - had);
+        if (had + got <= limit && had + got < room) {
+            bytes.resize(had + got);
+            return bytes;
+        }
+        if (had + got > limit) throw tooLarge();
+        room *= 2;
+    }
+}
+
+void writeWhole(const std::string& path, const Bytes& bytes)
+{
+    if (path == "-") {
+        flushOutput();
+        writeAll(GetStdHandle(STD_OUTPUT_HANDLE), path, bytes);
+        return;
+    }
+    const CleanupGuard guard;
+    checkInterrupt(path);
+    TemporaryFile file(path);
+    writeAll(file.handle(), path, bytes);
+    checkInterrupt(path);
+    file.commit();
+}
+
+} // namespace toolbelt::cli

@@ -1,0 +1,68 @@
+// Files by UTF-8 name, of any characters; "-" is standard input or output, in binary. Failures are thrown (errors.h).
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "crypto/base/heap.h"
+
+namespace toolbelt::cli {
+
+// Files may hold private keys: their bytes are wiped when they are let go.
+template <typename T>
+struct WipingAllocator
+{
+    using value_type = T;
+    WipingAllocator() = default;
+    template <typename U>
+    WipingAllocator(const WipingAllocator<U>&)
+    {}
+    T* allocate(std::size_t count) { return std::allocator<T>().allocate(count); }
+    void deallocate(T* block, std::size_t count)
+    {
+        wipe(block, count * sizeof(T));
+        std::allocator<T>().deallocate(block, count);
+    }
+    bool operator==(const WipingAllocator&) const { return true; }
+};
+using Bytes = std::vector<std::uint8_t, WipingAllocator<std::uint8_t>>;
+
+inline std::uint32_t size32(const Bytes& bytes)
+{
+    return static_cast<std::uint32_t>(bytes.size());
+}
+inline const char* characters(const Bytes& bytes)
+{
+    return reinterpret_cast<const char*>(bytes.data());
+}
+
+class InputFile
+{
+public:
+    explicit InputFile(const std::string& path);
+    ~InputFile();
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    // Fills the block; less only where the file ends.
+    std::uint32_t read(std::uint8_t* block, std::uint32_t size);
+    // 0 when it is not known, as for a pipe.
+    std::uint64_t size() const { return size_; }
+
+private:
+    std::string path_;
+    void* handle_;
+    bool owned_;
+    std::uint64_t size_ = 0;
+};
+
+// The whole file, of at most limit bytes (below 2 GB).
+Bytes readWhole(const std::string& path, std::uint32_t limit);
+
+// The file appears whole or not at all: a file that was there before stays as it is until the new one is complete.
+void writeWhole(const std::string& path, const Bytes& bytes);
+
+} // namespace toolbelt::cli

@@ -1,0 +1,178 @@
+#include "cli/key_facts.h"
+
+#include <cstdio>
+
+#include "cli/errors.h"
+#include "cli/text.h"
+#include "crypto/pka/rsa.h"
+
+namespace toolbelt::cli {
+namespace {
+
+std::string bitsText(const BigNum& number)
+{
+    return std::to_string(bnBitLength(number));
+}
+
+// Parses the SEQUENCE that the bytes are, with nothing behind it.
+Status parseWhole(DerElement& sequence, const std::uint8_t* bytes, std::uint32_t size)
+{
+    std::uint32_t left = 0;
+    const Status status = parseElement(sequence, bytes, size, nullptr, &left, DER_CONSTRUCTED_SEQUENCE);
+    return status != STATUS_OK ? status : left != 0 ? DER_E_LENGTH : STATUS_OK;
+}
+
+// A letter for each element of a SEQUENCE: keys of different forms are told apart by them.
+Status shapeOf(std::string& shape, const DerElement& sequence)
+{
+    const std::uint8_t* at = sequence.content;
+    std::uint32_t left = sequence.contentLength;
+    while (left > 0 && shape.size() < 12) {
+        DerElement element;
+        const Status status = parseElement(element, at, left, &at, &left);
+        if (status != STATUS_OK) return status;
+        shape += element.tag == DER_INTEGER                ? 'I'
+                 : element.tag == DER_CONSTRUCTED_SEQUENCE ? 'S'
+                 : element.tag == DER_BIT_STRING           ? 'B'
+                 : element.tag == DER_OCTET_STRING         ? 'O'
+                                                           : '?';
+    }
+    return STATUS_OK;
+}
+
+// PrivateKeyInfo (RFC 5208): version, algorithm, and the private key in an OCTET STRING.
+Status readPrivateKeyInfo(cPKA** key, const DerElement& sequence)
+{
+    const std::uint8_t* at = sequence.content;
+    std::uint32_t left = sequence.contentLength;
+    DerElement version, wrapped, inner;
+    AlgorithmIdentifier algorithm;
+    Status status = readInteger(version, at, left, &at, &left);
+    if (status == STATUS_OK) status = readAlgorithmIdentifier(algorithm, at, left, &at, &left);
+    if (status == STATUS_OK && algorithm.row->publicKey != PKA_RSA) status = KEY_E_NO_READER;
+    if (status == STATUS_OK) status = parseElement(wrapped, at, left, nullptr, nullptr, DER_OCTET_STRING);
+    if (status == STATUS_OK) status = parseWhole(inner, wrapped.content, wrapped.contentLength);
+    return status == STATUS_OK ? newPrivateRsaFromDer(key, inner) : status;
+}
+
+Status readKeyDocument(LoadedKey& loaded, const Document& document)
+{
+    if (document.status != STATUS_OK) return document.status;
+    const std::uint8_t* bytes = document.bytes.data();
+    const std::uint32_t size = size32(document.bytes);
+    DerElement sequence;
+    std::string shape;
+    Status status = parseWhole(sequence, bytes, size);
+    if (status == STATUS_OK) status = shapeOf(shape, sequence);
+    if (status != STATUS_OK) return status;
+
+    cPKA* key = nullptr;
+    if (shape == "SSB") {
+        CertificateInfo certificate;
+        status = readWholeCertificate(certificate, document);
+        if (status == STATUS_OK) status = readPublicKeyFromInfo(&key, certificate.subjectPublicKeyInfo);
+    } else if (shape == "SB") {
+        SubjectPublicKeyInfo info;
+        status = readSubjectPublicKeyInfo(info, bytes, size);
+        if (status == STATUS_OK) status = readPublicKeyFromInfo(&key, info);
+    } else if (shape == "II") {
+        status = newPublicRsaFromDer(&key, sequence);
+    } else if (shape == "IIIIIIIII") {
+        loaded.isPrivate = true;
+        status = newPrivateRsaFromDer(&key, sequence);
+    } else if (shape.starts_with("ISO")) {
+        loaded.isPrivate = true;
+        status = readPrivateKeyInfo(&key, sequence);
+    } else {
+        // Private keys of other algorithms begin with their version.
+        status = shape.starts_with("I") ? KEY_E_NO_READER : DER_E_MALFORMED;
+    }
+    loaded.key.reset(key);
+    return status;
+}
+
+void addNumber(Fact& fact, const char* name, const BigNum* number)
+{
+    fact.parts.push_back({name, numberText(*number)});
+}
+
+} // namespace
+
+LoadedKey readKeyFile(const std::string& path)
+{
+    const std::vector<Document> documents = readDocuments(path);
+    const Document* chosen = &documents.front();
+    for (const Document& document : documents)
+        if (document.label.ends_with("KEY") || isCertificateLabel(document.label)) {
+            chosen = &document;
+            break;
+        }
+    if (chosen->encrypted || chosen->label.starts_with("ENCRYPTED"))
+        throw Failure(path, withStatus("an encrypted key", KEY_E_NO_READER), EXIT_INPUT);
+    LoadedKey loaded;
+    check(path, readKeyDocument(loaded, *chosen));
+    return loaded;
+}
+
+Fact keyFact(const LoadedKey& loaded, bool privateNumbers)
+{
+    if (loaded.key->algorithm() != PKA_RSA)
+        return {"key",
+                "public-key algorithm " + std::to_string(loaded.key->algorithm()),
+                {{"bytes", std::to_string(loaded.key->keyLength())}}};
+    Fact fact{"key", loaded.isPrivate ? "RSA private key" : "RSA public key"};
+    if (!loaded.isPrivate) {
+        const RsaPublicKey& record = static_cast<const cPublicRSA&>(*loaded.key).record();
+        fact.parts.push_back({"bits", bitsText(*record.n)});
+        addNumber(fact, "n", record.n);
+        addNumber(fact, "e", record.e);
+        return fact;
+    }
+    const RsaPrivateKey& record = static_cast<const cPrivateRSA&>(*loaded.key).record();
+    fact.parts.push_back({"bits", bitsText(*record.n)});
+    addNumber(fact, "n", record.n);
+    addNumber(fact, "e", record.e);
+    if (privateNumbers) {
+        addNumber(fact, "d", record.d);
+        addNumber(fact, "p", record.p);
+        addNumber(fact, "q", record.q);
+        addNumber(fact, "dp", record.dp);
+        addNumber(fact, "dq", record.dq);
+        addNumber(fact, "qinv", record.qinv);
+    }
+    return fact;
+}
+
+Fact publicKeyFact(const SubjectPublicKeyInfo& info)
+{
+    cPKA* key = nullptr;
+    const Status status = readPublicKeyFromInfo(&key, info);
+    const LoadedKey loaded{std::unique_ptr<cPKA>(key), false};
+    if (status == STATUS_OK) return keyFact(loaded, false);
+    return {"key", oidName(info.algorithm.oid.text) + ", " + withStatus(statusText(status), status)};
+}
+
+Status readWholeCertificate(CertificateInfo& certificate, const Document& document)
+{
+    if (document.status != STATUS_OK) return document.status;
+    std::uint32_t left = 0;
+    const Status status = readCertificate(certificate, document.bytes.data(), size32(document.bytes), nullptr, &left);
+    return status != STATUS_OK ? status : left != 0 ? DER_E_LENGTH : STATUS_OK;
+}
+
+std::string oidName(const char* dottedText)
+{
+    const OidRow* row = nullptr;
+    if (lookupOid(nullptr, 0, dottedText, &row) == 0) return dottedText;
+    return row->longName ? row->longName : row->shortName ? row->shortName : dottedText;
+}
+
+std::string timeText(const DerTime& time)
+{
+    char text[80];
+    std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d UTC", int(time.year), int(time.month),
+                  int(time.day), int(time.hour), int(time.minute), int(time.second));
+    return text;
+}
+
+} // namespace toolbelt::cli

@@ -1,0 +1,40 @@
+// Starts toolbelt.exe, which lies beside the test program, in the folder of the test vectors, and tells how it ended.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace toolbelt::test {
+
+struct Outcome
+{
+    int exitCode = -1;
+    std::string out, err;
+};
+
+// Arguments in UTF-8; the streams are pipes.
+Outcome run(const std::vector<std::string>& arguments, const std::string& input = {});
+
+// A folder of its own for each test, its name outside every code page; gone, with its files, afterwards.
+class Scratch
+{
+public:
+    Scratch();
+    ~Scratch();
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+
+    std::string path(const std::string& name) const;                            // UTF-8
+    std::string write(const std::string& name, const std::string& bytes) const; // returns the path
+    std::string read(const std::string& name) const;
+    // The names of the files in it, sorted.
+    std::vector<std::string> list() const;
+
+private:
+    std::wstring folder_;
+};
+
+// The lines without their ends.
+std::vector<std::string> lines(const std::string& text);
+
+} // namespace toolbelt::test

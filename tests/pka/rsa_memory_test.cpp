@@ -1,0 +1,122 @@
+// Memory: what RSA answers when there is none, and what it leaves behind in what it gives back.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <map>
+
+#include "tests/pka/rsa_test_keys.h"
+#include "tests/support/test_heap.h"
+
+namespace toolbelt::test {
+namespace {
+
+// Runs the call with every allocation failing in turn; only those statuses may come of it.
+template <typename Call>
+void expectEveryFailure(std::initializer_list<Status> statuses, Call call)
+{
+    const std::uint32_t injected = forEachFailingAllocation([&](TestHeap& heap) {
+        const Status status = call();
+        EXPECT_EQ(heap.failed(), status != STATUS_OK);
+        EXPECT_TRUE(status == STATUS_OK || std::count(statuses.begin(), statuses.end(), status)) << status;
+    });
+    EXPECT_GT(injected, 2u);
+}
+
+TEST(RsaMemory, EveryFailingAllocationGivesTheSlotsStatus)
+{
+    RsaNumbers wrong = rsaKey("rsa512");
+    const Key open = publicKey(wrong), secret = privateKey(wrong);
+    const Bytes digest(20, 1), openBlob = publicBlob(wrong);
+    const Bytes number = run(*secret, &cPKA::signPrefixed, digest), der = run(*secret, &cPKA::signDer, digest);
+    wrong.d = wrong.qinv = {2}; // so that the completion has everything to compute
+    const Bytes blob = join({openBlob, privatePart(wrong)});
+
+    expectEveryFailure({2, 4}, [&] {
+        RsaPrivateKey* record = nullptr;
+        const Status status = importRsaPrivateBlob(&record, blob.data(), sizeOf(blob));
+        EXPECT_EQ(RsaPrivateOwner(record) != nullptr, status == STATUS_OK);
+        return status;
+    });
+    expectEveryFailure({31}, [&] {
+        cPKA* made = nullptr;
+        const Status status = secret->makePublic(&made);
+        EXPECT_EQ(Key(made) != nullptr, status == STATUS_OK);
+        return status;
+    });
+    expectEveryFailure({-1}, [&] { return Key(newPrivateRsa(blob.data(), sizeOf(blob))) ? 0 : -1; });
+    expectEveryFailure({-1}, [&] { return Key(newPublicRsa(openBlob.data(), sizeOf(openBlob))) ? 0 : -1; });
+    expectEveryFailure({31, 32}, [&] { return verifyPrefixed(*open, number, digest); });
+    expectEveryFailure({31, 32}, [&] { return verifyDer(*open, der, digest); });
+    const struct
+    {
+        cPKA* key;
+        OutputSlot slot;
+        const Bytes& input;
+        std::initializer_list<Status> statuses;
+    } slots[] = {
+        {open.get(), &cPKA::publicFromPrefixed, number, {30}},    {open.get(), &cPKA::publicFromDer, der, {32}},
+        {secret.get(), &cPKA::privateFromPrefixed, number, {30}}, {secret.get(), &cPKA::privateFromDer, der, {32}},
+        {secret.get(), &cPKA::signPrefixed, digest, {2, 30}},     {secret.get(), &cPKA::signDer, digest, {2, 32}},
+    };
+    for (const auto& s : slots)
+        expectEveryFailure(s.statuses, [&] {
+            Bytes output(68, 0xA5);
+            std::uint32_t length = 68;
+            const Status status = (s.key->*s.slot)(output.data(), &length, s.input.data(), sizeOf(s.input));
+            EXPECT_TRUE(status == STATUS_OK || (length == 68 && output == Bytes(68, 0xA5))) << "half an output";
+            return status;
+        });
+}
+
+// A heap that looks for eight bytes of each secret, in either byte order, in every block that comes back.
+struct Watch
+{
+    static inline std::map<void*, std::size_t> blocks;
+    static inline std::vector<Bytes> secrets;
+    static inline int leaks = 0;
+
+    static bool holdsSecret(const std::pair<void* const, std::size_t>& block)
+    {
+        const auto *first = static_cast<std::uint8_t*>(block.first), *last = first + block.second;
+        return std::any_of(secrets.begin(), secrets.end(), [&](const Bytes& secret) {
+            return std::search(first, last, secret.begin(), secret.end()) != last ||
+                   std::search(first, last, secret.rbegin(), secret.rend()) != last;
+        });
+    }
+    static void* allocate(std::size_t size, bool) noexcept
+    {
+        return blocks.emplace(std::calloc(1, size), size).first->first;
+    }
+    static void release(void* block, std::size_t, bool) noexcept
+    {
+        leaks += holdsSecret(*blocks.find(block));
+        blocks.erase(block);
+        std::free(block);
+    }
+};
+
+TEST(RsaMemory, NoBlockComesBackWithASecretInIt)
+{
+    const RsaNumbers& numbers = rsaKey("rsa1024");
+    const Bytes digest = {3, 1, 4, 1, 5, 9, 2, 6}, plain = join({{0}, digest, Bytes(119, 1)});
+    Watch::secrets = {digest};
+    for (const Bytes& number : {numbers.d, numbers.p, numbers.q, numbers.dp, numbers.dq, numbers.qinv})
+        for (const std::size_t back : {8u, 32u}) Watch::secrets.push_back(slice(number, number.size() - back, 8));
+    const heap::Backend watch = {Watch::allocate, Watch::release};
+    const heap::Backend* const before = heap::setBackend(&watch);
+    {
+        const Key secret = privateKey(numbers), open = publicKey(numbers);
+        EXPECT_EQ(std::count_if(Watch::blocks.begin(), Watch::blocks.end(), Watch::holdsSecret), 6)
+            << "the watch must see the key while it lives";
+        EXPECT_EQ(verifyPrefixed(*open, run(*secret, &cPKA::signPrefixed, digest), digest), 0);
+        EXPECT_EQ(verifyDer(*open, run(*secret, &cPKA::signDer, digest), digest), 0);
+        EXPECT_EQ(run(*secret, &cPKA::privateFromPrefixed, run(*open, &cPKA::encryptPrefixed, plain)), plain);
+        run(*secret, &cPKA::exportDer);
+    }
+    heap::setBackend(before);
+    EXPECT_EQ(Watch::leaks, 0);
+    EXPECT_TRUE(Watch::blocks.empty());
+}
+
+} // namespace
+} // namespace toolbelt::test

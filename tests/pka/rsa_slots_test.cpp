@@ -1,0 +1,205 @@
+// The contract of the slots: which a class offers, the order of their checks, the sizes they ask for, what they leave
+// alone, and what a signature may hold. Signatures are made with the key itself.
+#include <gtest/gtest.h>
+
+#include "tests/pka/rsa_test_keys.h"
+
+namespace toolbelt::test {
+namespace {
+
+// Every slot that is not in `offered` answers 30 and writes nothing.
+void expectOnly(cPKA& key, std::initializer_list<int> offered)
+{
+    const Bytes untouched(600, 0xA5), input(600, 1);
+    Bytes output = untouched;
+    std::uint32_t length = 600;
+    const auto expect = [&](int number, Status status) {
+        const bool absent = std::count(offered.begin(), offered.end(), number) == 0;
+        EXPECT_TRUE(!absent || (status == 30 && length == 600 && output == untouched)) << number;
+        output = untouched;
+        length = 600;
+    };
+    const std::pair<int, OutputSlot> outputSlots[] = {{2, &cPKA::encryptPrefixed},    {3, &cPKA::rawToDer},
+                                                      {6, &cPKA::publicFromPrefixed}, {7, &cPKA::privateFromPrefixed},
+                                                      {8, &cPKA::publicFromDer},      {9, &cPKA::privateFromDer},
+                                                      {10, &cPKA::signPrefixed},      {11, &cPKA::signDer}};
+    const std::pair<int, ExportSlot> exports[] = {
+        {13, &cPKA::exportNumbers}, {14, &cPKA::exportDer}, {15, &cPKA::exportSsh}};
+    for (const auto& [number, slot] : outputSlots)
+        expect(number, (key.*slot)(output.data(), &length, input.data(), 66));
+    for (const auto& [number, slot] : exports) expect(number, (key.*slot)(output.data(), &length));
+    expect(4, verifyPrefixed(key, input, Bytes(20)));
+    expect(5, verifyDer(key, input, Bytes(20)));
+    cPKA* made = nullptr;
+    expect(16, key.makePublic(&made));
+    EXPECT_EQ(Key(made) != nullptr, std::count(offered.begin(), offered.end(), 16) == 1);
+}
+
+TEST(PkaSlots, ClassesOfferTheirSlotsAndNoOthers)
+{
+    cPKA base;
+    EXPECT_EQ(base.algorithm(), PKA_NONE);
+    EXPECT_EQ(base.keyLength(), 0);
+    EXPECT_EQ(base.maxInputLength(), 0);
+    expectOnly(base, {});
+    const Key open = publicKey(rsaKey("rsa1025")), secret = privateKey(rsaKey("rsa1025"));
+    for (cPKA* key : {open.get(), secret.get()}) {
+        EXPECT_EQ(key->algorithm(), PKA_RSA);
+        EXPECT_EQ(key->keyLength(), 129);
+        EXPECT_EQ(key->maxInputLength(), 129);
+    }
+    expectOnly(*open, {2, 3, 4, 5, 6, 8, 13, 14, 15});
+    expectOnly(*secret, {3, 7, 9, 10, 11, 13, 14, 16});
+}
+
+TEST(RsaSlots, CapacitiesAndLengthsAreCheckedInTheSlotsOwnOrder)
+{
+    for (const char* name : {"rsa512", "rsa1025", "rsa2048"}) {
+        const RsaNumbers& numbers = rsaKey(name);
+        const Key open = publicKey(numbers), secret = privateKey(numbers);
+        const std::uint32_t k = numbers.k();
+        Bytes block(k, 0x11);
+        block[0] = 0;
+        const Bytes shorter(k - 1, 0x11), longer(k + 1, 0x11), number = prefixed(block, k + 2);
+        const Bytes der = derElement(4, block);
+        const struct
+        {
+            cPKA* key;
+            OutputSlot slot;
+            Bytes input, wrongLength; // the latter is answered with 29
+            std::uint32_t needed;
+            bool capacityFirst; // the capacity is looked at before the input
+        } contracts[] = {
+            {open.get(), &cPKA::encryptPrefixed, block, shorter, k + 2, true},
+            {open.get(), &cPKA::rawToDer, block, longer, sizeOf(der), false},
+            {open.get(), &cPKA::publicFromPrefixed, number, longer, k, false},
+            {open.get(), &cPKA::publicFromDer, der, derElement(4, shorter), k, false},
+            {secret.get(), &cPKA::rawToDer, block, shorter, sizeOf(der), false},
+            {secret.get(), &cPKA::privateFromPrefixed, number, longer, k, false},
+            {secret.get(), &cPKA::privateFromDer, der, derElement(5, block), k, false},
+            {secret.get(), &cPKA::signPrefixed, {1, 2}, longer, k + 2, true},
+            {secret.get(), &cPKA::signDer, {1, 2}, longer, sizeOf(der), true},
+        };
+        for (const auto& c : contracts) {
+            SCOPED_TRACE(&c - contracts);
+            const Bytes untouched(c.needed + 16, 0xA5);
+            Bytes output = untouched;
+            std::uint32_t length = 0;
+            const auto call = [&](const Bytes& input, std::uint32_t capacity) {
+                length = capacity;
+                return (c.key->*c.slot)(capacity ? output.data() : nullptr, &length, input.data(), sizeOf(input));
+            };
+            for (const std::uint32_t capacity : {0u, c.needed - 1}) {
+                EXPECT_EQ(call(c.input, capacity), 1);
+                EXPECT_EQ(length, c.needed);
+                EXPECT_EQ(call(c.wrongLength, capacity), c.capacityFirst ? 1 : 29);
+                EXPECT_EQ(length, c.capacityFirst ? c.needed : capacity);
+            }
+            EXPECT_EQ(call(c.wrongLength, c.needed), 29);
+            EXPECT_EQ(output, untouched);
+            EXPECT_EQ(call(c.input, c.needed + 7), 0);
+            EXPECT_EQ(length, c.needed);
+            EXPECT_EQ(slice(output, c.needed, 16), Bytes(16, 0xA5));
+        }
+    }
+}
+
+class Rsa512Slots : public testing::Test
+{
+protected:
+    const Key open = publicKey(rsaKey("rsa512")), secret = privateKey(rsaKey("rsa512"));
+    const std::uint32_t k = 64;
+    const Bytes digest = Bytes(20, 0x33);
+};
+
+TEST_F(Rsa512Slots, SigningTakesADigestOrAPreparedBlock)
+{
+    for (const OutputSlot sign : {&cPKA::signPrefixed, &cPKA::signDer}) {
+        run(*secret, sign, Bytes(k - 10, 7));
+        for (std::uint32_t length = k - 9; length < k; ++length) run(*secret, sign, Bytes(length, 7), 56);
+        run(*secret, sign, Bytes(k, 7), 39);
+    }
+    const Bytes lean = join({{0, 1, 0}, Bytes(k - 3, 7)}); // without a single padding byte, and a block all the same
+    EXPECT_EQ(verifyDer(*open, run(*secret, &cPKA::signDer, lean), Bytes(k - 3, 7)), 0);
+    EXPECT_EQ(verifyDer(*open, run(*secret, &cPKA::signDer, {}), {}), 0);
+}
+
+TEST_F(Rsa512Slots, ADigestInfoMustBeWellFormedAndFillItsBlock)
+{
+    const Bytes oid = fromHex("06052b0e03021a"), null = {5, 0}; // SHA-1, RFC 8017, appendix B.1
+    const Bytes algorithm = derElement(0x30, join({oid, null})), octets = derElement(4, digest);
+    const Bytes info = derElement(0x30, join({algorithm, octets}));
+    const auto verify = [&](const Bytes& payload) {
+        return verifyDer(*open, run(*secret, &cPKA::signDer, payload), digest);
+    };
+    EXPECT_EQ(verify(digest), 0);
+    EXPECT_EQ(verify(info), 0);
+    const std::pair<const char*, Bytes> refused[] = {
+        {"bytes behind it", join({info, {0}})},
+        {"bytes behind the digest", derElement(0x30, join({algorithm, octets, null}))},
+        {"three elements in the algorithm",
+         derElement(0x30, join({derElement(0x30, join({oid, null, null})), octets}))},
+        {"an unknown algorithm", derElement(0x30, join({derElement(0x30, {6, 3, 0x2A, 0x7F, 0x7F}), octets}))},
+        {"no algorithm", derElement(0x30, octets)},
+        {"a set", derElement(0x31, join({algorithm, octets}))},
+        {"a digest of another type", derElement(0x30, join({algorithm, derElement(0x0C, digest)}))},
+        {"a digest cut short", derElement(0x30, join({algorithm, derElement(4, Bytes(19, 0x33))}))},
+        {"a digest too long", derElement(0x30, join({algorithm, derElement(4, Bytes(21, 0x33))}))},
+        {"another digest", derElement(0x30, join({algorithm, derElement(4, Bytes(20, 0x34))}))},
+        {"an indefinite length", join({{0x30, 0x80}, algorithm, octets, {0, 0}})},
+    };
+    for (const auto& [name, payload] : refused) EXPECT_EQ(verify(payload), 32) << name;
+    for (std::size_t size = 0; size < info.size(); ++size) EXPECT_EQ(verify(slice(info, 0, size)), 32);
+}
+
+TEST_F(Rsa512Slots, SignaturesComeAsNumbersOrAsStringsOfTheKeysLength)
+{
+    const Bytes octet = run(*secret, &cPKA::signDer, digest), raw = slice(octet, 2, k);
+    for (const Bytes& whole : {octet, derElement(3, join({{0}, raw}))}) {
+        EXPECT_EQ(verifyDer(*open, whole, digest), 0);
+        for (std::size_t size = 0; size < whole.size(); ++size)
+            EXPECT_EQ(verifyDer(*open, slice(whole, 0, size), digest), size == 0 ? 12 : 10) << size;
+    }
+    for (const Bytes& wrong : {derElement(3, join({{0, 0}, raw})), derElement(4, join({{0}, raw})), derElement(4, {})})
+        EXPECT_EQ(verifyDer(*open, wrong, digest), 29);
+    EXPECT_EQ(verifyDer(*open, derElement(2, raw), digest), DER_E_MALFORMED);
+    EXPECT_EQ(verifyDer(*open, octet, Bytes(k + 1, 0x33)), 32);
+
+    const Bytes number = run(*secret, &cPKA::signPrefixed, digest);
+    EXPECT_EQ(verifyPrefixed(*open, number, digest), 0);
+    EXPECT_EQ(verifyPrefixed(*open, slice(number, 0, k + 1), Bytes(k + 1)), 1);
+    EXPECT_EQ(verifyPrefixed(*open, number, Bytes(k + 1)), 29);
+    EXPECT_EQ(verifyPrefixed(*open, number, Bytes(k)), 32);
+    const Bytes tooLong = join({{2, 1}, Bytes(k, 0xFF)}); // 513 bits take a byte more than there is
+    Bytes output(k);
+    const RsaPublicKey& record = dynamic_cast<cPublicRSA&>(*open).record();
+    EXPECT_EQ(rsaPublicOperation(record, tooLong.data(), output.data(), RSA_PREFIXED_INPUT), 3);
+    EXPECT_EQ(verifyPrefixed(*open, tooLong, digest), 32);
+    run(*open, &cPKA::publicFromPrefixed, tooLong, 30);
+    run(*secret, &cPKA::privateFromPrefixed, tooLong, 30);
+}
+
+TEST(RsaSlots, ShortInputsToSmallExponentsFail)
+{
+    RsaNumbers numbers = rsaKey("rsa1024e3");
+    const std::uint32_t k = 128, border = 84; // 128 / 3 * 2 in integers
+    const Key open = publicKey(numbers);
+    const Bytes two = join({Bytes(k - 1), {2}}), eight = join({Bytes(k - 1), {8}});
+    Bytes output(k);
+    EXPECT_EQ(rsaPublicOperation(dynamic_cast<cPublicRSA&>(*open).record(), two.data(), output.data(), RSA_RAW), 6);
+    EXPECT_EQ(output, eight) << "the number is written although the operation fails";
+    run(*open, &cPKA::encryptPrefixed, two, 30);
+    run(*open, &cPKA::rawToDer, two, 32);
+    run(*open, &cPKA::publicFromPrefixed, prefixed(two, k + 2), 30);
+    run(*open, &cPKA::publicFromDer, derElement(4, two), 32);
+
+    run(*open, &cPKA::encryptPrefixed, join({Bytes(k - border), {1}, Bytes(border - 1)}));
+    const Bytes justShort = join({Bytes(k - border + 1), Bytes(border - 1, 0xFF)});
+    for (const auto& [exponent, status] : {std::pair<Bytes, Status>{{0x10, 0x00}, 30}, {{0x10, 0x01}, 0}}) {
+        numbers.e = exponent; // 4096 and 4097
+        run(*publicKey(numbers), &cPKA::encryptPrefixed, justShort, status);
+    }
+}
+
+} // namespace
+} // namespace toolbelt::test
