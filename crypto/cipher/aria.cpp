@@ -1,0 +1,246 @@
+// ARIA (RFC 5794): 16-byte blocks, keys of 16, 24 and 32 bytes, 12, 14 or 16 rounds. A 128-bit value is four big-endian
+// words, the first one holding bytes 0 to 3.
+#include <bit>
+
+#include "crypto/base/bytes.h"
+#include "crypto/cipher/creators.h"
+#include "crypto/cipher/gf256.h"
+#include "crypto/cipher/member.h"
+
+namespace toolbelt {
+namespace {
+
+constexpr std::uint32_t MOST_ROUNDS = 16;
+
+// S1 is the S-box of Rijndael, S2 an affine map of x^247; X1 and X2 are their inverses.
+constexpr const ByteBox& S1 = rijndaelBox;
+constexpr ByteBox S2 = [] {
+    // What bit i of the power adds to the output.
+    constexpr std::uint8_t column[8] = {0xAC, 0xC5, 0x12, 0xCF, 0x5B, 0x5F, 0x85, 0xEE};
+    ByteBox box = {};
+    for (std::uint32_t x = 0; x < 256; ++x) {
+        std::uint32_t power = 1; // 247 = 11110111 in binary
+        for (std::uint32_t bit = 8; bit-- != 0;) {
+            power = gfMultiply(power, power, RIJNDAEL_POLYNOMIAL);
+            if (247 >> bit & 1) power = gfMultiply(power, x, RIJNDAEL_POLYNOMIAL);
+        }
+        box[x] = 0xE2;
+        for (std::uint32_t bit = 0; bit < 8; ++bit)
+            if (power >> bit & 1) box[x] ^= column[bit];
+    }
+    return box;
+}();
+constexpr ByteBox X1 = inverseBox(S1);
+constexpr ByteBox X2 = inverseBox(S2);
+
+using Table = std::array<std::uint32_t, 256>;
+using Layer = std::array<const ByteBox*, 4>; // the S-box of byte 0, 1, 2 and 3 of a word
+
+// The substitution layers: SL1 for the odd rounds, SL2 for the even ones.
+constexpr Layer SL1 = {&S1, &S2, &X1, &X2};
+constexpr Layer SL2 = {&X1, &X2, &S1, &S2};
+
+// A substituted byte put into the three other bytes of its word: the first step of the diffusion.
+constexpr std::array<Table, 4> makeTables(const Layer& layer)
+{
+    std::array<Table, 4> tables = {};
+    for (std::uint32_t byte = 0; byte < 4; ++byte)
+        for (std::uint32_t x = 0; x < 256; ++x)
+            tables[byte][x] = ((*layer[byte])[x] * 0x01010101u) & ~(0xFF000000u >> 8 * byte);
+    return tables;
+}
+constexpr std::array<Table, 4> spreadSL1 = makeTables(SL1);
+constexpr std::array<Table, 4> spreadSL2 = makeTables(SL2);
+
+struct Value
+{
+    std::uint32_t w[4];
+
+    Value& operator^=(const Value& other)
+    {
+#pragma GCC unroll 4
+        for (int i = 0; i < 4; ++i) w[i] ^= other.w[i];
+        return *this;
+    }
+};
+
+struct ARIASchedule
+{
+    Value encryption[MOST_ROUNDS + 1];
+    Value decryption[MOST_ROUNDS + 1];
+    std::uint32_t rounds;
+};
+
+void mixWords(Value& v)
+{
+    v.w[1] ^= v.w[2];
+    v.w[2] ^= v.w[3];
+    v.w[0] ^= v.w[1];
+    v.w[3] ^= v.w[1];
+    v.w[2] ^= v.w[0];
+    v.w[1] ^= v.w[2];
+}
+
+// The diffusion layer A is the product of four steps: each byte into the three others of its word, the words into each
+// other, the bytes within words 1 to 3 exchanged, the words into each other again. These are the last three.
+void diffuseWords(Value& v)
+{
+    mixWords(v);
+    v.w[1] = (v.w[1] << 8 & 0xFF00FF00) | (v.w[1] >> 8 & 0x00FF00FF);
+    v.w[2] = std::rotl(v.w[2], 16);
+    v.w[3] = __builtin_bswap32(v.w[3]);
+    mixWords(v);
+}
+
+// A by itself.
+Value diffuse(Value v)
+{
+    for (std::uint32_t& w : v.w) {
+        const std::uint32_t pairs = w ^ std::rotl(w, 8);
+        w ^= pairs ^ std::rotl(pairs, 16); // each byte: the sum of the four, less itself
+    }
+    diffuseWords(v);
+    return v;
+}
+
+// A round: v = A(SL(v ^ key)).
+void round(Value& v, const Value& key, const std::array<Table, 4>& spread)
+{
+    v ^= key;
+#pragma GCC unroll 4
+    for (std::uint32_t& w : v.w)
+        w = spread[0][w >> 24] ^ spread[1][w >> 16 & 255] ^ spread[2][w >> 8 & 255] ^ spread[3][w & 255];
+    diffuseWords(v);
+}
+
+void transformBlock(const Value* keys, std::uint32_t rounds, const std::uint8_t* in, std::uint8_t* out)
+{
+    Value v;
+    for (std::uint32_t i = 0; i < 4; ++i) v.w[i] = load32be(in + 4 * i);
+    for (; rounds > 2; rounds -= 2, keys += 2) {
+        round(v, keys[0], spreadSL1);
+        round(v, keys[1], spreadSL2);
+    }
+    round(v, keys[0], spreadSL1);
+    v ^= keys[1]; // the last round has a key in place of the diffusion
+    for (std::uint32_t i = 0; i < 4; ++i) {
+        const std::uint32_t w = v.w[i];
+        const std::uint32_t substituted = std::uint32_t(X1[w >> 24]) << 24 | std::uint32_t(X2[w >> 16 & 255]) << 16 |
+                                          std::uint32_t(S1[w >> 8 & 255]) << 8 | std::uint32_t(S2[w & 255]);
+        store32be(out + 4 * i, substituted ^ keys[2].w[i]);
+    }
+}
+
+// by is not a multiple of 32.
+Value rotateRight(const Value& v, std::uint32_t by)
+{
+    Value rotated;
+    for (std::uint32_t i = 0; i < 4; ++i) {
+        const std::uint32_t low = v.w[(i - by / 32) % 4], high = v.w[(i - by / 32 - 1) % 4];
+        rotated.w[i] = low >> by % 32 | high << (32 - by % 32);
+    }
+    return rotated;
+}
+
+// keyLength is 16, 24 or 32.
+void expandKey(ARIASchedule& schedule, const std::uint8_t* key, std::uint32_t keyLength)
+{
+    constexpr Value C[3] = {{{0x517CC1B7, 0x27220A94, 0xFE13ABE8, 0xFA9A6EE0}},
+                            {{0x6DB14ACC, 0x9E21C820, 0xFF28B1D5, 0xEF5DE2B0}},
+                            {{0xDB92371D, 0x2126E970, 0x03249775, 0x04E8C90E}}};
+    const std::uint32_t first = keyLength / 8 - 2; // CK1 is C1, C2 or C3, the others follow in turn
+
+    Value W[4] = {}; // W0 = KL, W1 starts as KR
+    const WipeOnExit wipeW(W);
+    for (std::uint32_t i = 0; i < keyLength / 4; ++i) W[i / 4].w[i % 4] = load32be(key + 4 * i);
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        Value v = W[i];
+        const WipeOnExit wipeV(v);
+        round(v, C[(first + i) % 3], i % 2 == 0 ? spreadSL1 : spreadSL2);
+        W[i + 1] ^= v;
+        if (i != 0) W[i + 1] ^= W[i - 1];
+    }
+
+    schedule.rounds = 12 + 2 * first;
+    constexpr std::uint32_t rotations[5] = {19, 31, 128 - 61, 128 - 31, 128 - 19};
+    Value* ek = schedule.encryption;
+    for (std::uint32_t i = 0; i <= schedule.rounds; ++i) {
+        ek[i] = rotateRight(W[(i + 1) % 4], rotations[i / 4]);
+        ek[i] ^= W[i % 4];
+    }
+    Value* dk = schedule.decryption;
+    for (std::uint32_t i = 0; i <= schedule.rounds; ++i) {
+        const Value& mirrored = ek[schedule.rounds - i];
+        dk[i] = i == 0 || i == schedule.rounds ? mirrored : diffuse(mirrored);
+    }
+}
+
+} // namespace
+
+class cAlgARIA : public cSymAlg
+{
+public:
+    explicit cAlgARIA(std::uint32_t length) noexcept : keyLength(length) {}
+    std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
+    {
+        *blockSize = 16;
+        *keySize = keyLength;
+        return 1;
+    }
+    Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
+    {
+        return forEachBlock<16>(in, out, length, [&key = *schedule](auto from, auto to) {
+            transformBlock(key.encryption, key.rounds, from, to);
+        });
+    }
+    Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
+    {
+        return forEachBlock<16>(in, out, length, [&key = *schedule](auto from, auto to) {
+            transformBlock(key.decryption, key.rounds, from, to);
+        });
+    }
+
+    ScheduleOwner<ARIASchedule> schedule;
+    std::uint32_t keyLength;
+};
+
+class cAlgARIA128 final : public cAlgARIA
+{
+public:
+    using cAlgARIA::cAlgARIA;
+};
+
+class cAlgARIA192 final : public cAlgARIA
+{
+public:
+    using cAlgARIA::cAlgARIA;
+};
+
+namespace {
+
+// The class says which row was asked for; the key's own length decides the schedule.
+template <typename Cipher>
+cSymAlg* create(const std::uint8_t* key, std::uint32_t keyLength)
+{
+    if (key == nullptr || (keyLength != 16 && keyLength != 24 && keyLength != 32)) return nullptr;
+    auto cipher = newCipher<Cipher>(keyLength);
+    if (cipher) expandKey(*cipher->schedule, key, keyLength);
+    return cipher.release();
+}
+
+} // namespace
+
+cSymAlg* createARIA128(const std::uint8_t* key, std::uint32_t keyLength)
+{
+    return create<cAlgARIA128>(key, keyLength);
+}
+cSymAlg* createARIA192(const std::uint8_t* key, std::uint32_t keyLength)
+{
+    return create<cAlgARIA192>(key, keyLength);
+}
+cSymAlg* createARIA(const std::uint8_t* key, std::uint32_t keyLength)
+{
+    return create<cAlgARIA>(key, keyLength);
+}
+
+} // namespace toolbelt

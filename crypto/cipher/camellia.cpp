@@ -1,0 +1,287 @@
+// Camellia (RFC 3713): 16-byte blocks, keys of 16, 24 and 32 bytes, 18 or 24 rounds. A block and a key are read as
+// big-endian words; a 64-bit quantity of the standard is a Half, its left word first.
+#include <bit>
+
+#include "crypto/base/bytes.h"
+#include "crypto/cipher/creators.h"
+#include "crypto/cipher/gf256.h"
+#include "crypto/cipher/member.h"
+
+namespace toolbelt {
+namespace {
+
+constexpr ByteBox SBOX1 = {
+    0x70, 0x82, 0x2C, 0xEC, 0xB3, 0x27, 0xC0, 0xE5, 0xE4, 0x85, 0x57, 0x35, 0xEA, 0x0C, 0xAE, 0x41, 0x23, 0xEF, 0x6B,
+    0x93, 0x45, 0x19, 0xA5, 0x21, 0xED, 0x0E, 0x4F, 0x4E, 0x1D, 0x65, 0x92, 0xBD, 0x86, 0xB8, 0xAF, 0x8F, 0x7C, 0xEB,
+    0x1F, 0xCE, 0x3E, 0x30, 0xDC, 0x5F, 0x5E, 0xC5, 0x0B, 0x1A, 0xA6, 0xE1, 0x39, 0xCA, 0xD5, 0x47, 0x5D, 0x3D, 0xD9,
+    0x01, 0x5A, 0xD6, 0x51, 0x56, 0x6C, 0x4D, 0x8B, 0x0D, 0x9A, 0x66, 0xFB, 0xCC, 0xB0, 0x2D, 0x74, 0x12, 0x2B, 0x20,
+    0xF0, 0xB1, 0x84, 0x99, 0xDF, 0x4C, 0xCB, 0xC2, 0x34, 0x7E, 0x76, 0x05, 0x6D, 0xB7, 0xA9, 0x31, 0xD1, 0x17, 0x04,
+    0xD7, 0x14, 0x58, 0x3A, 0x61, 0xDE, 0x1B, 0x11, 0x1C, 0x32, 0x0F, 0x9C, 0x16, 0x53, 0x18, 0xF2, 0x22, 0xFE, 0x44,
+    0xCF, 0xB2, 0xC3, 0xB5, 0x7A, 0x91, 0x24, 0x08, 0xE8, 0xA8, 0x60, 0xFC, 0x69, 0x50, 0xAA, 0xD0, 0xA0, 0x7D, 0xA1,
+    0x89, 0x62, 0x97, 0x54, 0x5B, 0x1E, 0x95, 0xE0, 0xFF, 0x64, 0xD2, 0x10, 0xC4, 0x00, 0x48, 0xA3, 0xF7, 0x75, 0xDB,
+    0x8A, 0x03, 0xE6, 0xDA, 0x09, 0x3F, 0xDD, 0x94, 0x87, 0x5C, 0x83, 0x02, 0xCD, 0x4A, 0x90, 0x33, 0x73, 0x67, 0xF6,
+    0xF3, 0x9D, 0x7F, 0xBF, 0xE2, 0x52, 0x9B, 0xD8, 0x26, 0xC8, 0x37, 0xC6, 0x3B, 0x81, 0x96, 0x6F, 0x4B, 0x13, 0xBE,
+    0x63, 0x2E, 0xE9, 0x79, 0xA7, 0x8C, 0x9F, 0x6E, 0xBC, 0x8E, 0x29, 0xF5, 0xF9, 0xB6, 0x2F, 0xFD, 0xB4, 0x59, 0x78,
+    0x98, 0x06, 0x6A, 0xE7, 0x46, 0x71, 0xBA, 0xD4, 0x25, 0xAB, 0x42, 0x88, 0xA2, 0x8D, 0xFA, 0x72, 0x07, 0xB9, 0x55,
+    0xF8, 0xEE, 0xAC, 0x0A, 0x36, 0x49, 0x2A, 0x68, 0x3C, 0x38, 0xF1, 0xA4, 0x40, 0x28, 0xD3, 0x7B, 0xBB, 0xC9, 0x43,
+    0xC1, 0x15, 0xE3, 0xAD, 0xF4, 0x77, 0xC7, 0x80, 0x9E,
+};
+
+using Table = std::array<std::uint32_t, 256>;
+
+// An S-box and what its output byte adds to the four bytes of a word; mask has FF in each byte that gets it.
+template <typename Box>
+constexpr Table spread(Box box, std::uint32_t mask)
+{
+    Table table = {};
+    for (std::uint32_t x = 0; x < 256; ++x) table[x] = (box(x) * 0x01010101u) & mask;
+    return table;
+}
+
+// SBOX2 and SBOX3 rotate the output of SBOX1, SBOX4 its input.
+constexpr Table SP1 = spread([](std::uint32_t x) { return std::uint32_t(SBOX1[x]); }, 0xFFFFFF00);
+constexpr Table SP2 = spread([](std::uint32_t x) { return std::uint32_t(std::rotl(SBOX1[x], 1)); }, 0x00FFFFFF);
+constexpr Table SP3 = spread([](std::uint32_t x) { return std::uint32_t(std::rotl(SBOX1[x], 7)); }, 0xFF00FFFF);
+constexpr Table SP4 = spread([](std::uint32_t x) { return std::uint32_t(SBOX1[(x << 1 | x >> 7) & 255]); }, 0xFFFF00FF);
+
+struct Half
+{
+    std::uint32_t left, right;
+
+    Half& operator^=(const Half& other)
+    {
+        left ^= other.left;
+        right ^= other.right;
+        return *this;
+    }
+};
+
+struct CamelliaSchedule
+{
+    Half kw[4];           // whitening before and after
+    Half k[24];           // a round each
+    Half ke[6];           // for FL and its inverse, between the groups of six rounds
+    std::uint32_t groups; // 3 or 4
+};
+
+// y ^= F(x, k). Of the P layer: what the right word of x adds to both words of the result is the same (D); what the
+// left one adds to the right word is U and U rotated right by a byte.
+void addF(Half& y, const Half& x, const Half& k)
+{
+    const std::uint32_t l = x.left ^ k.left, r = x.right ^ k.right;
+    const std::uint32_t U = SP1[l >> 24] ^ SP2[l >> 16 & 255] ^ SP3[l >> 8 & 255] ^ SP4[l & 255];
+    const std::uint32_t D = SP2[r >> 24] ^ SP3[r >> 16 & 255] ^ SP4[r >> 8 & 255] ^ SP1[r & 255];
+    y.left ^= U ^ D;
+    y.right ^= U ^ D ^ std::rotr(U, 8);
+}
+
+void applyFL(Half& x, const Half& k)
+{
+    x.right ^= std::rotl(x.left & k.left, 1);
+    x.left ^= x.right | k.right;
+}
+
+void applyInverseFL(Half& y, const Half& k)
+{
+    y.left ^= y.right | k.right;
+    y.right ^= std::rotl(y.left & k.left, 1);
+}
+
+// One half of a 128-bit value rotated left.
+Half rotatedHalf(const Half (&value)[2], std::uint32_t by, std::uint32_t half)
+{
+    const std::uint32_t words[4] = {value[0].left, value[0].right, value[1].left, value[1].right};
+    const std::uint32_t first = by / 32 + 2 * half, bits = by % 32; // bits is never 0 where by is not
+    const auto word = [&](std::uint32_t i) {
+        const std::uint32_t high = words[i % 4], low = words[(i + 1) % 4];
+        return bits == 0 ? high : high << bits | low >> (32 - bits);
+    };
+    return {word(first), word(first + 1)};
+}
+
+// Where a subkey comes from: one of KL, KR, KA, KB rotated left, and which half of it.
+struct Source
+{
+    enum Key : std::uint8_t
+    {
+        KL,
+        KR,
+        KA,
+        KB
+    } key;
+    std::uint8_t rotation, half;
+};
+constexpr auto KL = Source::KL, KR = Source::KR, KA = Source::KA, KB = Source::KB;
+
+// In the order kw, k, ke.
+constexpr Source shortSources[4 + 18 + 4] = {
+    {KL, 0, 0},  {KL, 0, 1},  {KA, 111, 0}, {KA, 111, 1},                             //
+    {KA, 0, 0},  {KA, 0, 1},  {KL, 15, 0},  {KL, 15, 1},  {KA, 15, 0},  {KA, 15, 1},  //
+    {KL, 45, 0}, {KL, 45, 1}, {KA, 45, 0},  {KL, 60, 1},  {KA, 60, 0},  {KA, 60, 1},  //
+    {KL, 94, 0}, {KL, 94, 1}, {KA, 94, 0},  {KA, 94, 1},  {KL, 111, 0}, {KL, 111, 1}, //
+    {KA, 30, 0}, {KA, 30, 1}, {KL, 77, 0},  {KL, 77, 1},
+};
+constexpr Source longSources[4 + 24 + 6] = {
+    {KL, 0, 0},  {KL, 0, 1},  {KB, 111, 0}, {KB, 111, 1},                             //
+    {KB, 0, 0},  {KB, 0, 1},  {KR, 15, 0},  {KR, 15, 1},  {KA, 15, 0},  {KA, 15, 1},  //
+    {KB, 30, 0}, {KB, 30, 1}, {KL, 45, 0},  {KL, 45, 1},  {KA, 45, 0},  {KA, 45, 1},  //
+    {KR, 60, 0}, {KR, 60, 1}, {KB, 60, 0},  {KB, 60, 1},  {KL, 77, 0},  {KL, 77, 1},  //
+    {KR, 94, 0}, {KR, 94, 1}, {KA, 94, 0},  {KA, 94, 1},  {KL, 111, 0}, {KL, 111, 1}, //
+    {KR, 30, 0}, {KR, 30, 1}, {KL, 60, 0},  {KL, 60, 1},  {KA, 77, 0},  {KA, 77, 1},
+};
+
+// keyLength is 16, 24 or 32.
+void expandKey(CamelliaSchedule& schedule, const std::uint8_t* key, std::uint32_t keyLength)
+{
+    constexpr Half sigma[6] = {{0xA09E667F, 0x3BCC908B}, {0xB67AE858, 0x4CAA73B2}, {0xC6EF372F, 0xE94F82BE},
+                               {0x54FF53A5, 0xF1D36F1C}, {0x10E527FA, 0xDE682D1D}, {0xB05688C2, 0xB3E6C1FD}};
+    Half keys[4][2] = {}; // KL, KR, KA, KB
+    const WipeOnExit wipeKeys(keys);
+    for (std::uint32_t i = 0; i < keyLength / 8; ++i)
+        keys[i / 2][i % 2] = {load32be(key + 8 * i), load32be(key + 8 * i + 4)};
+    auto& [left, right, A, B] = keys;
+    if (keyLength == 24) right[1] = {~right[0].left, ~right[0].right};
+
+    for (int i = 0; i < 2; ++i) A[i] = left[i], A[i] ^= right[i];
+    addF(A[1], A[0], sigma[0]);
+    addF(A[0], A[1], sigma[1]);
+    for (int i = 0; i < 2; ++i) A[i] ^= left[i];
+    addF(A[1], A[0], sigma[2]);
+    addF(A[0], A[1], sigma[3]);
+    for (int i = 0; i < 2; ++i) B[i] = A[i], B[i] ^= right[i];
+    addF(B[1], B[0], sigma[4]);
+    addF(B[0], B[1], sigma[5]);
+
+    const bool isShort = keyLength == 16;
+    schedule.groups = isShort ? 3 : 4;
+    const Source* source = isShort ? shortSources : longSources;
+    const auto take = [&](Half* subkeys, std::uint32_t count) {
+        for (std::uint32_t i = 0; i < count; ++i, ++source)
+            subkeys[i] = rotatedHalf(keys[source->key], source->rotation, source->half);
+    };
+    take(schedule.kw, 4);
+    take(schedule.k, 6 * schedule.groups);
+    take(schedule.ke, 2 * (schedule.groups - 1));
+}
+
+Half loadHalf(const std::uint8_t* from)
+{
+    return {load32be(from), load32be(from + 4)};
+}
+
+void storeHalf(std::uint8_t* to, const Half& half)
+{
+    store32be(to, half.left);
+    store32be(to + 4, half.right);
+}
+
+void encryptBlock(const CamelliaSchedule& key, const std::uint8_t* in, std::uint8_t* out)
+{
+    Half D1 = loadHalf(in), D2 = loadHalf(in + 8);
+    D1 ^= key.kw[0];
+    D2 ^= key.kw[1];
+    for (std::uint32_t group = 0; group < key.groups; ++group) {
+        if (group != 0) {
+            applyFL(D1, key.ke[2 * group - 2]);
+            applyInverseFL(D2, key.ke[2 * group - 1]);
+        }
+        for (const Half* k = key.k + 6 * group; k != key.k + 6 * group + 6; k += 2) {
+            addF(D2, D1, k[0]);
+            addF(D1, D2, k[1]);
+        }
+    }
+    D2 ^= key.kw[2];
+    D1 ^= key.kw[3];
+    storeHalf(out, D2);
+    storeHalf(out + 8, D1);
+}
+
+// The subkeys in reverse order.
+void decryptBlock(const CamelliaSchedule& key, const std::uint8_t* in, std::uint8_t* out)
+{
+    Half D1 = loadHalf(in), D2 = loadHalf(in + 8);
+    D1 ^= key.kw[2];
+    D2 ^= key.kw[3];
+    for (std::uint32_t group = key.groups; group-- != 0;) {
+        for (const Half* k = key.k + 6 * group + 6; k != key.k + 6 * group; k -= 2) {
+            addF(D2, D1, k[-1]);
+            addF(D1, D2, k[-2]);
+        }
+        if (group != 0) {
+            applyFL(D1, key.ke[2 * group - 1]);
+            applyInverseFL(D2, key.ke[2 * group - 2]);
+        }
+    }
+    D2 ^= key.kw[0];
+    D1 ^= key.kw[1];
+    storeHalf(out, D2);
+    storeHalf(out + 8, D1);
+}
+
+} // namespace
+
+class cAlgCamellia : public cSymAlg
+{
+public:
+    explicit cAlgCamellia(std::uint32_t length) noexcept : keyLength(length) {}
+    std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
+    {
+        *blockSize = 16;
+        *keySize = keyLength;
+        return 1;
+    }
+    Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
+    {
+        return forEachBlock<16>(in, out, length,
+                                [&key = *schedule](auto from, auto to) { encryptBlock(key, from, to); });
+    }
+    Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
+    {
+        return forEachBlock<16>(in, out, length,
+                                [&key = *schedule](auto from, auto to) { decryptBlock(key, from, to); });
+    }
+
+    ScheduleOwner<CamelliaSchedule> schedule;
+    std::uint32_t keyLength;
+};
+
+class cAlgCamellia128 final : public cAlgCamellia
+{
+public:
+    using cAlgCamellia::cAlgCamellia;
+};
+
+class cAlgCamellia192 final : public cAlgCamellia
+{
+public:
+    using cAlgCamellia::cAlgCamellia;
+};
+
+namespace {
+
+// The class says which row was asked for; the key's own length decides the schedule.
+template <typename Cipher>
+cSymAlg* create(const std::uint8_t* key, std::uint32_t keyLength)
+{
+    if (key == nullptr || (keyLength != 16 && keyLength != 24 && keyLength != 32)) return nullptr;
+    auto cipher = newCipher<Cipher>(keyLength);
+    if (cipher) expandKey(*cipher->schedule, key, keyLength);
+    return cipher.release();
+}
+
+} // namespace
+
+cSymAlg* createCamellia128(const std::uint8_t* key, std::uint32_t keyLength)
+{
+    return create<cAlgCamellia128>(key, keyLength);
+}
+cSymAlg* createCamellia192(const std::uint8_t* key, std::uint32_t keyLength)
+{
+    return create<cAlgCamellia192>(key, keyLength);
+}
+cSymAlg* createCamellia(const std::uint8_t* key, std::uint32_t keyLength)
+{
+    return create<cAlgCamellia>(key, keyLength);
+}
+
+} // namespace toolbelt

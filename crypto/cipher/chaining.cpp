@@ -1,0 +1,235 @@
+// The chaining modes, written once over the block operations of cSymAlg. CBC encryption and CFB encryption go block by
+// block, as each needs the ciphertext before it; the decryptions stage a batch of blocks and hand it over in one call.
+#include <algorithm>
+#include <cstring>
+
+#include "crypto/base/bytes.h"
+#include "crypto/cipher/cipher.h"
+
+namespace toolbelt {
+namespace {
+
+// Bytes handed to the block operations at once: enough for any core that works on blocks side by side, and staged data
+// and tables still share the first-level cache.
+constexpr std::uint32_t BATCH = 1024;
+
+// The whole blocks of a batch; one block when the block is longer than that.
+std::uint32_t batchSize(std::uint32_t blockSize)
+{
+    return std::max(blockSize, BATCH / blockSize * blockSize);
+}
+
+std::int32_t asLength(std::uint32_t size)
+{
+    return static_cast<std::int32_t>(size);
+}
+
+void loadIv(std::uint8_t* chain, const std::uint8_t* iv, std::uint32_t blockSize)
+{
+    if (blockSize == 0) return;
+    if (iv)
+        std::memcpy(chain, iv, blockSize);
+    else
+        std::memset(chain, 0, blockSize);
+}
+
+// out = a XOR b. Ascending, so out may lie on or below either.
+void xorBytes(std::uint8_t* out, const std::uint8_t* a, const std::uint8_t* b, std::uint32_t size)
+{
+    std::uint32_t i = 0;
+    for (; i + 4 <= size; i += 4) store32le(out + i, load32le(a + i) ^ load32le(b + i));
+    for (; i < size; ++i) out[i] = a[i] ^ b[i];
+}
+
+// Reverses the bytes of each 32-bit word; a block size that is not a multiple of 4 leaves its last bytes as they are.
+void swapWords(std::uint8_t* bytes, std::uint32_t size)
+{
+    for (std::uint32_t i = 0; i + 4 <= size; i += 4) store32be(bytes + i, load32le(bytes + i));
+}
+
+// What both directions of CBC check before anything else.
+Status checkCbc(const cSymAlg& cipher, std::int32_t length, std::uint32_t* blockSize)
+{
+    std::uint32_t keySize = 0;
+    if (cipher.getSizes(blockSize, &keySize) == 0) return CRYPT_E_NO_SIZES;
+    if (*blockSize == 0 || length < 0 || static_cast<std::uint32_t>(length) % *blockSize != 0)
+        return CRYPT_E_BAD_LENGTH;
+    return CRYPT_OK;
+}
+
+} // namespace
+
+cSymAlg::cSymAlg() noexcept
+{
+    setMode(SYM_MODE_CBC);
+}
+
+cSymAlg::~cSymAlg()
+{
+    heap::releaseSecret(cfbRegister, cfbSize_);
+    heap::releaseSecret(cfbPrevious, cfbSize_);
+}
+
+void cSymAlg::setMode(std::uint32_t mode) noexcept
+{
+    switch (mode) {
+    case SYM_MODE_CBC_WORDSWAP:
+        modeEncrypt = cbcEncrypt<true>;
+        modeDecrypt = cbcDecrypt<true>;
+        break;
+    case SYM_MODE_CFB:
+        modeEncrypt = cfbEncrypt;
+        modeDecrypt = cfbDecrypt;
+        break;
+    default:
+        modeEncrypt = cbcEncrypt<false>;
+        modeDecrypt = cbcDecrypt<false>;
+    }
+}
+
+// In CBC the status of a block transform is not looked at, by design: the length has been checked here.
+
+template <bool WORDSWAP>
+Status cSymAlg::cbcEncrypt(cSymAlg* cipher, const std::uint8_t* iv, const std::uint8_t* in, std::uint8_t* out,
+                           std::int32_t length)
+{
+    std::uint32_t blockSize = 0;
+    if (const Status status = checkCbc(*cipher, length, &blockSize)) return status;
+    SecretBytes chain(blockSize);
+    if (!chain) return CRYPT_E_NO_MEMORY;
+    loadIv(chain.data(), iv, blockSize);
+    for (std::uint32_t left = static_cast<std::uint32_t>(length); left != 0; left -= blockSize) {
+        xorBytes(chain.data(), chain.data(), in, blockSize);
+        if constexpr (WORDSWAP) swapWords(chain.data(), blockSize);
+        static_cast<void>(cipher->encryptBlocks(chain.data(), out, asLength(blockSize)));
+        if constexpr (WORDSWAP) swapWords(out, blockSize);
+        std::memcpy(chain.data(), out, blockSize);
+        in += blockSize;
+        out += blockSize;
+    }
+    return CRYPT_OK;
+}
+
+template <bool WORDSWAP>
+Status cSymAlg::cbcDecrypt(cSymAlg* cipher, const std::uint8_t* iv, const std::uint8_t* in, std::uint8_t* out,
+                           std::int32_t length)
+{
+    std::uint32_t blockSize = 0;
+    if (const Status status = checkCbc(*cipher, length, &blockSize)) return status;
+    std::uint32_t left = static_cast<std::uint32_t>(length);
+    const std::uint32_t batch = std::min(batchSize(blockSize), std::max(left, blockSize));
+    // The block before the batch, and behind it the batch: together the ciphertext that the decrypted blocks are XORed
+    // with, kept here because out may be in.
+    SecretBytes saved(blockSize + batch);
+    if (!saved) return CRYPT_E_NO_MEMORY;
+    loadIv(saved.data(), iv, blockSize);
+    while (left != 0) {
+        const std::uint32_t size = std::min(left, batch);
+        std::memcpy(saved.data() + blockSize, in, size);
+        if constexpr (WORDSWAP) {
+            std::memcpy(out, saved.data() + blockSize, size);
+            swapWords(out, size);
+            static_cast<void>(cipher->decryptBlocks(out, out, asLength(size)));
+            swapWords(out, size);
+        } else {
+            static_cast<void>(cipher->decryptBlocks(saved.data() + blockSize, out, asLength(size)));
+        }
+        xorBytes(out, out, saved.data(), size);
+        std::memmove(saved.data(), saved.data() + size, blockSize);
+        in += size;
+        out += size;
+        left -= size;
+    }
+    return CRYPT_OK;
+}
+
+// Every call starts the stream anew.
+Status cSymAlg::cfbRestart(const std::uint8_t* iv, std::uint32_t blockSize)
+{
+    cfbSize_ = blockSize;
+    if (cfbRegister == nullptr) cfbRegister = static_cast<std::uint8_t*>(heap::allocate(blockSize));
+    if (cfbPrevious == nullptr) cfbPrevious = static_cast<std::uint8_t*>(heap::allocate(blockSize));
+    if (cfbRegister == nullptr || cfbPrevious == nullptr) return CRYPT_E_NO_MEMORY;
+    loadIv(cfbRegister, iv, blockSize);
+    cfbPosition = 0;
+    return CRYPT_OK;
+}
+
+// One block of the stream, or its last part: the register is encrypted, used, and replaced by the ciphertext as far as
+// there is some.
+template <bool ENCRYPT>
+Status cSymAlg::cfbBlock(const std::uint8_t* in, std::uint8_t* out, std::uint32_t size, std::uint32_t blockSize)
+{
+    std::memcpy(cfbPrevious, cfbRegister, blockSize);
+    if (const Status status = encryptBlocks(cfbRegister, cfbRegister, asLength(blockSize))) return status;
+    if constexpr (ENCRYPT) {
+        xorBytes(cfbRegister, cfbRegister, in, size);
+        std::memcpy(out, cfbRegister, size);
+    } else {
+        for (std::uint32_t i = 0; i < size; ++i) {
+            const std::uint8_t byte = in[i]; // read first: out may be in
+            out[i] = byte ^ cfbRegister[i];
+            cfbRegister[i] = byte;
+        }
+    }
+    cfbPosition = size % blockSize;
+    return CRYPT_OK;
+}
+
+// What both directions of CFB do first. *blockSize 0: the input has been copied and nothing is left to do.
+Status cSymAlg::cfbStart(const std::uint8_t* iv, const std::uint8_t* in, std::uint8_t* out, std::int32_t length,
+                         std::uint32_t* blockSize)
+{
+    std::uint32_t keySize = 0;
+    if (getSizes(blockSize, &keySize) == 0) return CRYPT_E_NO_SIZES;
+    if (length < 0) return CRYPT_E_BAD_LENGTH;
+    if (const Status status = cfbRestart(iv, *blockSize)) return status;
+    if (*blockSize == 0 && length != 0) std::memmove(out, in, static_cast<std::uint32_t>(length));
+    return CRYPT_OK;
+}
+
+Status cSymAlg::cfbEncrypt(cSymAlg* cipher, const std::uint8_t* iv, const std::uint8_t* in, std::uint8_t* out,
+                           std::int32_t length)
+{
+    std::uint32_t blockSize = 0;
+    if (const Status status = cipher->cfbStart(iv, in, out, length, &blockSize)) return status;
+    if (blockSize == 0) return CRYPT_OK;
+    for (std::uint32_t left = static_cast<std::uint32_t>(length); left != 0;) {
+        const std::uint32_t size = std::min(left, blockSize);
+        if (const Status status = cipher->cfbBlock<true>(in, out, size, blockSize)) return status;
+        in += size;
+        out += size;
+        left -= size;
+    }
+    return CRYPT_OK;
+}
+
+Status cSymAlg::cfbDecrypt(cSymAlg* cipher, const std::uint8_t* iv, const std::uint8_t* in, std::uint8_t* out,
+                           std::int32_t length)
+{
+    std::uint32_t blockSize = 0;
+    if (const Status status = cipher->cfbStart(iv, in, out, length, &blockSize)) return status;
+    if (blockSize == 0 || length == 0) return CRYPT_OK;
+    std::uint32_t left = static_cast<std::uint32_t>(length);
+    // The keystream of a block is the encryption of the ciphertext before it, which is all there: whole batches at
+    // once. The last block leaves the register as the mode defines it.
+    if (const std::uint32_t batch = std::min(batchSize(blockSize), (left - 1) / blockSize * blockSize); batch != 0) {
+        SecretBytes keystream(batch);
+        if (!keystream) return CRYPT_E_NO_MEMORY;
+        while (left > blockSize) {
+            const std::uint32_t size = std::min(batch, (left - 1) / blockSize * blockSize);
+            std::memcpy(keystream.data(), cipher->cfbRegister, blockSize);
+            std::memcpy(keystream.data() + blockSize, in, size - blockSize);
+            std::memcpy(cipher->cfbRegister, in + size - blockSize, blockSize);
+            if (const Status status = cipher->encryptBlocks(keystream.data(), keystream.data(), asLength(size)))
+                return status;
+            xorBytes(out, in, keystream.data(), size);
+            in += size;
+            out += size;
+            left -= size;
+        }
+    }
+    return cipher->cfbBlock<false>(in, out, left, blockSize);
+}
+
+} // namespace toolbelt

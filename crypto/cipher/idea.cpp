@@ -1,0 +1,133 @@
+// IDEA (Lai and Massey, 1991): 8-byte blocks, 16-byte keys, eight rounds and an output transformation on four 16-bit
+// words, which are big-endian. Decryption is encryption under the inverse subkeys. No table is looked up and nothing
+// branches on the data.
+#include "crypto/base/bytes.h"
+#include "crypto/cipher/creators.h"
+#include "crypto/cipher/member.h"
+
+namespace toolbelt {
+namespace {
+
+constexpr std::uint32_t KEY_BYTES = 16;
+constexpr std::uint32_t ROUNDS = 8;
+constexpr std::uint32_t SUBKEYS = 6 * ROUNDS + 4;
+
+struct IdeaSchedule
+{
+    std::uint16_t encryption[SUBKEYS];
+    std::uint16_t decryption[SUBKEYS];
+};
+
+// The product modulo 65537, where 0 stands for 65536. As 65536 is -1, a product high * 65536 + low is low - high; and
+// when a factor is 0, the product is minus the other one, which 1 - a - b gives for both.
+std::uint16_t multiply(std::uint32_t a, std::uint32_t b)
+{
+    const std::uint32_t product = a * b, low = product & 0xFFFF, high = product >> 16;
+    const std::uint32_t usual = low - high + (low < high), withZero = 1 - a - b;
+    const std::uint32_t zero = 0u - (product == 0);
+    return static_cast<std::uint16_t>((usual & ~zero) | (withZero & zero));
+}
+
+// x to the power of 65535, which is 1 / x for the prime 65537.
+std::uint16_t inverse(std::uint16_t x)
+{
+    std::uint16_t power = 1;
+    for (int bit = 0; bit < 16; ++bit) power = multiply(multiply(power, power), x);
+    return power;
+}
+
+std::uint16_t negative(std::uint16_t x)
+{
+    return static_cast<std::uint16_t>(0u - x);
+}
+
+// Subkeys are consecutive 16-bit pieces of the key, which is rotated left by 25 bits after every eight.
+void expandKey(IdeaSchedule& schedule, const std::uint8_t* key)
+{
+    std::uint16_t* Z = schedule.encryption;
+    for (std::uint32_t i = 0; i < SUBKEYS; ++i) {
+        if (i < 8) {
+            Z[i] = load16be(key + 2 * i);
+            continue;
+        }
+        // 25 bits are one piece and nine bits; the pieces of the eight before follow each other in a ring.
+        const std::uint16_t* before = Z + (i / 8 - 1) * 8;
+        Z[i] = static_cast<std::uint16_t>(before[(i + 1) % 8] << 9 | before[(i + 2) % 8] >> 7);
+    }
+
+    // Round by round from the end: inverse multipliers, negative addends, those of the middle rounds crossed over, as
+    // the middle words change places there.
+    std::uint16_t* D = schedule.decryption;
+    for (std::uint32_t round = 0; round <= ROUNDS; ++round, D += 6) {
+        const std::uint16_t* from = Z + 6 * (ROUNDS - round);
+        const bool crossed = round != 0 && round != ROUNDS;
+        D[0] = inverse(from[0]);
+        D[1] = negative(from[crossed ? 2 : 1]);
+        D[2] = negative(from[crossed ? 1 : 2]);
+        D[3] = inverse(from[3]);
+        if (round == ROUNDS) break;
+        D[4] = from[-2];
+        D[5] = from[-1];
+    }
+}
+
+void transformBlock(const std::uint16_t (&subkeys)[SUBKEYS], const std::uint8_t* in, std::uint8_t* out)
+{
+    const auto add = [](std::uint32_t a, std::uint32_t b) { return static_cast<std::uint16_t>(a + b); };
+    std::uint16_t x1 = load16be(in), x2 = load16be(in + 2), x3 = load16be(in + 4), x4 = load16be(in + 6);
+    const std::uint16_t* Z = subkeys;
+    for (std::uint32_t round = 0; round < ROUNDS; ++round, Z += 6) {
+        x1 = multiply(x1, Z[0]);
+        x2 = add(x2, Z[1]);
+        x3 = add(x3, Z[2]);
+        x4 = multiply(x4, Z[3]);
+        const std::uint16_t t = multiply(x1 ^ x3, Z[4]);
+        const std::uint16_t u = multiply(add(t, x2 ^ x4), Z[5]), v = add(t, u);
+        const std::uint16_t middle = x2 ^ v;
+        x1 ^= u;
+        x2 = x3 ^ u;
+        x3 = middle;
+        x4 ^= v;
+    }
+    // The last round does not exchange the middle words: take it back.
+    store16be(out, multiply(x1, Z[0]));
+    store16be(out + 2, add(x3, Z[1]));
+    store16be(out + 4, add(x2, Z[2]));
+    store16be(out + 6, multiply(x4, Z[3]));
+}
+
+} // namespace
+
+class cAlgIdea final : public cSymAlg
+{
+public:
+    std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
+    {
+        *blockSize = 8;
+        *keySize = KEY_BYTES;
+        return 1;
+    }
+    Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
+    {
+        return forEachBlock<8>(in, out, length,
+                               [&key = *schedule](auto from, auto to) { transformBlock(key.encryption, from, to); });
+    }
+    Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
+    {
+        return forEachBlock<8>(in, out, length,
+                               [&key = *schedule](auto from, auto to) { transformBlock(key.decryption, from, to); });
+    }
+
+    ScheduleOwner<IdeaSchedule> schedule;
+};
+
+cSymAlg* createIdea(const std::uint8_t* key, std::uint32_t keyLength)
+{
+    const PaddedKey<KEY_BYTES> padded(key, keyLength);
+    if (!padded) return nullptr;
+    auto cipher = newCipher<cAlgIdea>();
+    if (cipher) expandKey(*cipher->schedule, padded.data());
+    return cipher.release();
+}
+
+} // namespace toolbelt

@@ -1,0 +1,79 @@
+// What the file of one cipher is made of: the owner of its key schedule, the padded key and the loop over the blocks.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+
+#include "crypto/base/heap.h"
+#include "crypto/cipher/cipher.h"
+
+namespace toolbelt {
+
+// ScheduleOwner: one pointer that owns a key schedule (plain values only) and wipes it before it is released. Null when
+// the allocation failed. The contents start undefined.
+template <typename Schedule>
+class ScheduleOwner
+{
+    static_assert(std::is_trivially_copyable_v<Schedule> && std::is_trivially_destructible_v<Schedule>);
+
+public:
+    ScheduleOwner() noexcept
+    {
+        if (void* block = heap::allocate(sizeof(Schedule))) schedule_ = new (block) Schedule;
+    }
+    ~ScheduleOwner() { heap::releaseSecret(schedule_, sizeof(Schedule)); }
+    ScheduleOwner(const ScheduleOwner&) = delete;
+    ScheduleOwner& operator=(const ScheduleOwner&) = delete;
+
+    explicit operator bool() const noexcept { return schedule_ != nullptr; }
+    Schedule& operator*() const noexcept { return *schedule_; }
+    Schedule* operator->() const noexcept { return schedule_; }
+
+private:
+    Schedule* schedule_ = nullptr;
+};
+
+// A new cipher object whose public member `schedule` could be allocated, or null.
+template <typename Cipher, typename... Arguments>
+std::unique_ptr<Cipher> newCipher(Arguments... arguments) noexcept
+{
+    std::unique_ptr<Cipher> cipher(new (std::nothrow) Cipher(arguments...));
+    if (cipher && !cipher->schedule) cipher.reset();
+    return cipher;
+}
+
+// PaddedKey: the leading SIZE bytes of a key; a shorter one is filled up with zeros. False when there is no key where
+// its length says that there is one.
+template <std::uint32_t SIZE>
+class PaddedKey
+{
+public:
+    PaddedKey(const std::uint8_t* key, std::uint32_t keyLength) noexcept : given_(key != nullptr || keyLength == 0)
+    {
+        if (key && keyLength) std::memcpy(bytes_, key, std::min(keyLength, SIZE));
+    }
+    ~PaddedKey() { wipe(bytes_, SIZE); }
+    PaddedKey(const PaddedKey&) = delete;
+    PaddedKey& operator=(const PaddedKey&) = delete;
+
+    explicit operator bool() const noexcept { return given_; }
+    const std::uint8_t* data() const noexcept { return bytes_; }
+
+private:
+    std::uint8_t bytes_[SIZE] = {};
+    bool given_;
+};
+
+// Calls transform(from, to) for each block. A transform reads its whole block before it writes, so in and out may be
+// the same buffer.
+template <std::uint32_t BLOCK_SIZE, typename Transform>
+Status forEachBlock(const std::uint8_t* in, std::uint8_t* out, std::int32_t length, Transform transform)
+{
+    if (length < 0 || static_cast<std::uint32_t>(length) % BLOCK_SIZE != 0) return CRYPT_E_BAD_LENGTH;
+    for (std::uint32_t at = 0; at < static_cast<std::uint32_t>(length); at += BLOCK_SIZE) transform(in + at, out + at);
+    return CRYPT_OK;
+}
+
+} // namespace toolbelt

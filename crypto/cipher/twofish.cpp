@@ -1,0 +1,204 @@
+// Twofish (Schneier, Kelsey, Whiting, Wagner, Hall, Ferguson, 1998) with 16-byte blocks, always on the schedule of the
+// 256-bit key. Words are little-endian; the key-dependent S-boxes are joined with the MDS matrix into four tables of
+// words.
+#include <bit>
+
+#include "crypto/base/bytes.h"
+#include "crypto/cipher/creators.h"
+#include "crypto/cipher/gf256.h"
+#include "crypto/cipher/member.h"
+
+namespace toolbelt {
+namespace {
+
+constexpr std::uint32_t KEY_BYTES = 32;
+constexpr std::uint32_t ROUNDS = 16;
+constexpr std::uint32_t MDS_POLYNOMIAL = 0x169, RS_POLYNOMIAL = 0x14D;
+
+// The nibble permutations that the byte permutations q0 and q1 are made of.
+constexpr std::uint8_t nibbles[2][4][16] = {
+    {{0x8, 0x1, 0x7, 0xD, 0x6, 0xF, 0x3, 0x2, 0x0, 0xB, 0x5, 0x9, 0xE, 0xC, 0xA, 0x4},
+     {0xE, 0xC, 0xB, 0x8, 0x1, 0x2, 0x3, 0x5, 0xF, 0x4, 0xA, 0x6, 0x7, 0x0, 0x9, 0xD},
+     {0xB, 0xA, 0x5, 0xE, 0x6, 0xD, 0x9, 0x0, 0xC, 0x8, 0xF, 0x3, 0x2, 0x4, 0x7, 0x1},
+     {0xD, 0x7, 0xF, 0x4, 0x1, 0x2, 0x6, 0xE, 0x9, 0xB, 0x3, 0x0, 0x8, 0x5, 0xC, 0xA}},
+    {{0x2, 0x8, 0xB, 0xD, 0xF, 0x7, 0x6, 0xE, 0x3, 0x1, 0x9, 0x4, 0x0, 0xA, 0xC, 0x5},
+     {0x1, 0xE, 0x2, 0xB, 0x4, 0xC, 0x3, 0x7, 0x6, 0xD, 0xA, 0x5, 0xF, 0x9, 0x0, 0x8},
+     {0x4, 0xC, 0x7, 0x5, 0x1, 0x6, 0x9, 0xA, 0x0, 0xE, 0xD, 0x8, 0x2, 0xB, 0x3, 0xF},
+     {0xB, 0x9, 0x5, 0x1, 0xC, 0x3, 0xD, 0xE, 0x6, 0x4, 0x7, 0xF, 0x2, 0x0, 0x8, 0xA}}};
+
+constexpr ByteBox makeQ(const std::uint8_t (&t)[4][16])
+{
+    ByteBox q = {};
+    const auto mix = [](std::uint32_t a, std::uint32_t b) { return (a ^ b >> 1 ^ b << 3 ^ a << 3) & 15; };
+    for (std::uint32_t x = 0; x < 256; ++x) {
+        std::uint32_t a = x >> 4, b = x & 15;
+        for (int half = 0; half < 2; ++half) {
+            const std::uint32_t sum = a ^ b, other = mix(a, b);
+            a = t[2 * half][sum];
+            b = t[2 * half + 1][other];
+        }
+        q[x] = static_cast<std::uint8_t>(b << 4 | a);
+    }
+    return q;
+}
+
+constexpr ByteBox q0 = makeQ(nibbles[0]);
+constexpr ByteBox q1 = makeQ(nibbles[1]);
+
+using Table = std::array<std::uint32_t, 256>;
+
+// What an input byte adds to the product with the MDS matrix, one table a column of the matrix.
+constexpr std::array<Table, 4> mds = [] {
+    constexpr std::uint8_t matrix[4][4] = {
+        {0x01, 0xEF, 0x5B, 0x5B}, {0x5B, 0xEF, 0xEF, 0x01}, {0xEF, 0x5B, 0x01, 0xEF}, {0xEF, 0x01, 0xEF, 0x5B}};
+    std::array<Table, 4> tables = {};
+    for (std::uint32_t column = 0; column < 4; ++column)
+        for (std::uint32_t x = 0; x < 256; ++x)
+            for (std::uint32_t row = 0; row < 4; ++row)
+                tables[column][x] |= std::uint32_t(gfMultiply(x, matrix[row][column], MDS_POLYNOMIAL)) << 8 * row;
+    return tables;
+}();
+
+struct TwofishSchedule
+{
+    Table s[4];          // g: the S-boxes with the key in them and the MDS matrix behind
+    std::uint32_t K[40]; // 4 words of input whitening, 4 of output whitening, 2 a round
+};
+
+// The chain of byte permutations for byte position `column` of h, from the list L of four words.
+std::uint32_t hByte(std::uint32_t column, std::uint32_t x, const std::uint32_t (&L)[4])
+{
+    static constexpr const ByteBox* order[4][5] = {
+        {&q1, &q1, &q0, &q0, &q1}, {&q0, &q1, &q1, &q0, &q0}, {&q0, &q0, &q0, &q1, &q1}, {&q1, &q0, &q1, &q1, &q0}};
+    for (std::uint32_t step = 0; step < 4; ++step)
+        x = std::uint32_t((*order[column][step])[x]) ^ (L[3 - step] >> 8 * column & 255);
+    return (*order[column][4])[x];
+}
+
+std::uint32_t h(std::uint32_t byte, const std::uint32_t (&L)[4])
+{
+    std::uint32_t word = 0;
+    for (std::uint32_t column = 0; column < 4; ++column) word ^= mds[column][hByte(column, byte, L)];
+    return word;
+}
+
+// A word of the S-box key: eight bytes of the key times the Reed-Solomon matrix.
+std::uint32_t rsWord(const std::uint8_t* m)
+{
+    constexpr std::uint8_t RS[4][8] = {{0x01, 0xA4, 0x55, 0x87, 0x5A, 0x58, 0xDB, 0x9E},
+                                       {0xA4, 0x56, 0x82, 0xF3, 0x1E, 0xC6, 0x68, 0xE5},
+                                       {0x02, 0xA1, 0xFC, 0xC1, 0x47, 0xAE, 0x3D, 0x19},
+                                       {0xA4, 0x55, 0x87, 0x5A, 0x58, 0xDB, 0x9E, 0x03}};
+    std::uint32_t word = 0;
+    for (std::uint32_t row = 0; row < 4; ++row)
+        for (std::uint32_t i = 0; i < 8; ++i)
+            word ^= std::uint32_t(gfMultiply(m[i], RS[row][i], RS_POLYNOMIAL)) << 8 * row;
+    return word;
+}
+
+void expandKey(TwofishSchedule& schedule, const std::uint8_t* key)
+{
+    std::uint32_t parts[3][4]; // the even words of the key, the odd ones, and S, which g takes in reverse
+    const WipeOnExit wipeParts(parts);
+    auto& [Me, Mo, Sg] = parts;
+    for (std::uint32_t i = 0; i < 4; ++i) {
+        Me[i] = load32le(key + 8 * i);
+        Mo[i] = load32le(key + 8 * i + 4);
+        Sg[3 - i] = rsWord(key + 8 * i);
+    }
+    for (std::uint32_t i = 0; i < 20; ++i) {
+        const std::uint32_t A = h(2 * i, Me);
+        const std::uint32_t B = std::rotl(h(2 * i + 1, Mo), 8);
+        schedule.K[2 * i] = A + B;
+        schedule.K[2 * i + 1] = std::rotl(A + 2 * B, 9);
+    }
+    for (std::uint32_t column = 0; column < 4; ++column)
+        for (std::uint32_t x = 0; x < 256; ++x) schedule.s[column][x] = mds[column][hByte(column, x, Sg)];
+}
+
+std::uint32_t g(const TwofishSchedule& key, std::uint32_t x)
+{
+    return key.s[0][x & 255] ^ key.s[1][x >> 8 & 255] ^ key.s[2][x >> 16 & 255] ^ key.s[3][x >> 24];
+}
+
+// g of x rotated left by 8 bits.
+std::uint32_t gRotated(const TwofishSchedule& key, std::uint32_t x)
+{
+    return key.s[0][x >> 24] ^ key.s[1][x & 255] ^ key.s[2][x >> 8 & 255] ^ key.s[3][x >> 16 & 255];
+}
+
+// Two rounds at a time, so that the halves need not change places.
+void encryptBlock(const TwofishSchedule& key, const std::uint8_t* in, std::uint8_t* out)
+{
+    const std::uint32_t* K = key.K;
+    std::uint32_t R0 = load32le(in) ^ K[0], R1 = load32le(in + 4) ^ K[1], R2 = load32le(in + 8) ^ K[2],
+                  R3 = load32le(in + 12) ^ K[3];
+    for (const std::uint32_t* k = K + 8; k != K + 8 + 2 * ROUNDS; k += 4) {
+        std::uint32_t T0 = g(key, R0), T1 = gRotated(key, R1);
+        R2 = std::rotr(R2 ^ (T0 + T1 + k[0]), 1);
+        R3 = std::rotl(R3, 1) ^ (T0 + 2 * T1 + k[1]);
+        T0 = g(key, R2), T1 = gRotated(key, R3);
+        R0 = std::rotr(R0 ^ (T0 + T1 + k[2]), 1);
+        R1 = std::rotl(R1, 1) ^ (T0 + 2 * T1 + k[3]);
+    }
+    store32le(out, R2 ^ K[4]);
+    store32le(out + 4, R3 ^ K[5]);
+    store32le(out + 8, R0 ^ K[6]);
+    store32le(out + 12, R1 ^ K[7]);
+}
+
+void decryptBlock(const TwofishSchedule& key, const std::uint8_t* in, std::uint8_t* out)
+{
+    const std::uint32_t* K = key.K;
+    std::uint32_t R2 = load32le(in) ^ K[4], R3 = load32le(in + 4) ^ K[5], R0 = load32le(in + 8) ^ K[6],
+                  R1 = load32le(in + 12) ^ K[7];
+    for (const std::uint32_t* k = K + 8 + 2 * ROUNDS; k != K + 8; k -= 4) {
+        std::uint32_t T0 = g(key, R2), T1 = gRotated(key, R3);
+        R0 = std::rotl(R0, 1) ^ (T0 + T1 + k[-2]);
+        R1 = std::rotr(R1 ^ (T0 + 2 * T1 + k[-1]), 1);
+        T0 = g(key, R0), T1 = gRotated(key, R1);
+        R2 = std::rotl(R2, 1) ^ (T0 + T1 + k[-4]);
+        R3 = std::rotr(R3 ^ (T0 + 2 * T1 + k[-3]), 1);
+    }
+    store32le(out, R0 ^ K[0]);
+    store32le(out + 4, R1 ^ K[1]);
+    store32le(out + 8, R2 ^ K[2]);
+    store32le(out + 12, R3 ^ K[3]);
+}
+
+} // namespace
+
+class cAlgTFish final : public cSymAlg
+{
+public:
+    std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
+    {
+        *blockSize = 16;
+        *keySize = 0; // the length is not stored, by design
+        return 1;
+    }
+    Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
+    {
+        return forEachBlock<16>(in, out, length,
+                                [&key = *schedule](auto from, auto to) { encryptBlock(key, from, to); });
+    }
+    Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
+    {
+        return forEachBlock<16>(in, out, length,
+                                [&key = *schedule](auto from, auto to) { decryptBlock(key, from, to); });
+    }
+
+    ScheduleOwner<TwofishSchedule> schedule;
+};
+
+// A short key is filled up with zeros to 32 bytes and takes the 256-bit schedule too, by design.
+cSymAlg* createTFish(const std::uint8_t* key, std::uint32_t keyLength)
+{
+    const PaddedKey<KEY_BYTES> padded(key, keyLength);
+    if (!padded) return nullptr;
+    auto cipher = newCipher<cAlgTFish>();
+    if (cipher) expandKey(*cipher->schedule, padded.data());
+    return cipher.release();
+}
+
+} // namespace toolbelt

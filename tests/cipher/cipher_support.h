@@ -1,0 +1,94 @@
+// What the cipher suites share: owned objects, bytes that look random, and the chaining modes written out naively.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+
+#include "crypto/base/cpu.h"
+#include "crypto/cipher/cipher.h"
+#include "tests/support/vectors.h"
+
+namespace toolbelt::test {
+
+using Cipher = std::unique_ptr<cSymAlg>;
+
+inline const CipherRow& rowOf(std::int32_t id)
+{
+    const CipherRow* row = nullptr;
+    if (findCipher(&row, id) != CRYPT_OK) throw std::runtime_error("no cipher " + std::to_string(id));
+    return *row;
+}
+
+inline Cipher makeCipher(std::int32_t id, const Bytes& key)
+{
+    return Cipher(rowOf(id).create(key.data(), static_cast<std::uint32_t>(key.size())));
+}
+
+inline Bytes randomBytes(std::size_t size, std::uint32_t seed)
+{
+    std::mt19937 random(seed);
+    Bytes bytes(size);
+    for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(random());
+    return bytes;
+}
+
+inline std::int32_t lengthOf(const Bytes& bytes)
+{
+    return static_cast<std::int32_t>(bytes.size());
+}
+
+inline Bytes ecb(cSymAlg& cipher, bool encrypt, const Bytes& in)
+{
+    Bytes out(in.size());
+    EXPECT_EQ(encrypt ? cipher.encryptBlocks(in.data(), out.data(), lengthOf(in))
+                      : cipher.decryptBlocks(in.data(), out.data(), lengthOf(in)),
+              CRYPT_OK);
+    return out;
+}
+
+inline Bytes chained(cSymAlg& cipher, bool encrypt, const Bytes& iv, const Bytes& in)
+{
+    Bytes out(in.size());
+    const auto mode = encrypt ? cipher.modeEncrypt : cipher.modeDecrypt;
+    EXPECT_EQ(mode(&cipher, iv.empty() ? nullptr : iv.data(), in.data(), out.data(), lengthOf(in)), CRYPT_OK);
+    return out;
+}
+
+// The encryption of all modes by the book: one block at a time, for CFB one byte at a time.
+inline Bytes modelEncrypt(cSymAlg& cipher, std::uint32_t mode, Bytes chain, const Bytes& in)
+{
+    const std::size_t size = chain.size();
+    const auto swapped = [&](Bytes block) {
+        for (std::size_t i = 0; mode == SYM_MODE_CBC_WORDSWAP && i < size; ++i) {
+            const std::size_t mirror = i / 4 * 4 + 3 - i % 4;
+            if (i < mirror) std::swap(block[i], block[mirror]);
+        }
+        return block;
+    };
+    Bytes out, keystream;
+    for (std::size_t i = 0; i < in.size(); ++i) {
+        if (mode == SYM_MODE_CFB) {
+            if (i % size == 0) keystream = ecb(cipher, true, chain);
+            chain[i % size] = in[i] ^ keystream[i % size];
+            out.push_back(chain[i % size]);
+            continue;
+        }
+        chain[i % size] ^= in[i];
+        if (i % size + 1 == size) {
+            chain = swapped(ecb(cipher, true, swapped(chain)));
+            out.insert(out.end(), chain.begin(), chain.end());
+        }
+    }
+    return out;
+}
+
+// Limits the processor features for the time of a test.
+struct FeatureLimit
+{
+    explicit FeatureLimit(std::uint32_t features) { cpu::limitFeatures(features); }
+    ~FeatureLimit() { cpu::limitFeatures(~0u); }
+};
+
+} // namespace toolbelt::test

@@ -1,0 +1,196 @@
+// What holds for every row of the registry: lengths, buffers, modes, memory.
+#include <algorithm>
+
+#include "tests/cipher/cipher_support.h"
+#include "tests/support/test_heap.h"
+
+namespace toolbelt::test {
+namespace {
+
+struct Subject
+{
+    const CipherRow& row;
+    Cipher cipher;
+    std::uint32_t blockSize;
+};
+
+// Calls check(subject) for each row but the identity's, with a key of the default length.
+template <typename Check>
+void forEachCipher(Check check)
+{
+    std::uint32_t checked = 0;
+    for (std::uint32_t i = 1; i < CIPHER_ROW_COUNT; ++i) {
+        const CipherRow& row = cipherRows[i];
+        SCOPED_TRACE(cipherNames[i]);
+        Subject subject = {row, makeCipher(row.id, randomBytes(row.keySize(nullptr), 10)), row.blockSize()};
+        EXPECT_TRUE(subject.cipher);
+        if (!subject.cipher) continue;
+        check(subject);
+        ++checked;
+    }
+    EXPECT_EQ(checked, 24u);
+}
+
+using Operation = Status (*)(cSymAlg&, const std::uint8_t* in, std::uint8_t* out, std::int32_t length);
+constexpr Operation operations[] = {
+    [](cSymAlg& c, const std::uint8_t* in, std::uint8_t* out, std::int32_t n) { return c.encryptBlocks(in, out, n); },
+    [](cSymAlg& c, const std::uint8_t* in, std::uint8_t* out, std::int32_t n) { return c.decryptBlocks(in, out, n); },
+    [](cSymAlg& c, const std::uint8_t* in, std::uint8_t* out, std::int32_t n) {
+        return c.modeEncrypt(&c, nullptr, in, out, n);
+    },
+    [](cSymAlg& c, const std::uint8_t* in, std::uint8_t* out, std::int32_t n) {
+        return c.modeDecrypt(&c, nullptr, in, out, n);
+    },
+};
+
+// Guards on both sides, every alignment, in place and out of place: the output is written exactly, the input not at
+// all.
+void checkBuffers(cSymAlg& cipher, Operation operation, std::size_t length)
+{
+    const Bytes in = randomBytes(length, 11);
+    Bytes expected(length);
+    ASSERT_EQ(operation(cipher, in.data(), expected.data(), lengthOf(in)), CRYPT_OK);
+    for (std::size_t shift = 1; shift <= 4; ++shift) {
+        Bytes source(shift, 0xC3), target(length + 16, 0x5A);
+        source.insert(source.end(), in.begin(), in.end()); // its end is the end of the heap block
+        const Bytes before = source;
+        EXPECT_EQ(operation(cipher, source.data() + shift, target.data() + shift, lengthOf(in)), CRYPT_OK);
+        EXPECT_EQ(source, before);
+        Bytes framed(length + 16, 0x5A);
+        std::copy(expected.begin(), expected.end(), framed.begin() + static_cast<std::ptrdiff_t>(shift));
+        EXPECT_EQ(target, framed) << "shifted by " << shift;
+
+        EXPECT_EQ(operation(cipher, source.data() + shift, source.data() + shift, lengthOf(in)), CRYPT_OK);
+        EXPECT_TRUE(std::equal(expected.begin(), expected.end(), source.begin() + static_cast<std::ptrdiff_t>(shift)))
+            << "in place";
+        EXPECT_TRUE(std::equal(before.begin(), before.begin() + static_cast<std::ptrdiff_t>(shift), source.begin()));
+    }
+}
+
+TEST(CipherContract, BuffersOfEveryOperationInEveryMode)
+{
+    forEachCipher([](Subject& s) {
+        for (const std::uint32_t mode : {SYM_MODE_CBC, SYM_MODE_CBC_WORDSWAP, SYM_MODE_CFB}) {
+            s.cipher->setMode(mode);
+            for (const Operation operation : operations)
+                for (const std::uint32_t blocks : {1u, 7u, 131u}) {
+                    SCOPED_TRACE(testing::Message() << "mode " << mode << ", " << blocks << " blocks");
+                    checkBuffers(*s.cipher, operation, blocks * s.blockSize);
+                }
+        }
+        checkBuffers(*s.cipher, operations[2], 5); // CFB: any length
+        checkBuffers(*s.cipher, operations[3], 21);
+    });
+}
+
+TEST(CipherContract, BadLengthsAndNoLength)
+{
+    forEachCipher([](Subject& s) {
+        const std::int32_t block = static_cast<std::int32_t>(s.blockSize);
+        for (const std::uint32_t mode : {SYM_MODE_CBC, SYM_MODE_CBC_WORDSWAP, SYM_MODE_CFB}) {
+            s.cipher->setMode(mode);
+            for (std::size_t i = 0; i < std::size(operations); ++i) {
+                const bool anyLength = mode == SYM_MODE_CFB && i >= 2;
+                Bytes in(64, 1), out(64, 2);
+                for (const std::int32_t length : {1, block - 1, block + 1, 3 * block + 7, -1, -block, -2147483647 - 1})
+                    if (!anyLength || length < 0) {
+                        EXPECT_EQ(operations[i](*s.cipher, in.data(), out.data(), length), 26) << length;
+                    }
+                EXPECT_EQ(operations[i](*s.cipher, in.data(), out.data(), 0), CRYPT_OK);
+                EXPECT_EQ(operations[i](*s.cipher, nullptr, nullptr, 0), CRYPT_OK);
+                EXPECT_EQ(out, Bytes(64, 2));
+            }
+        }
+    });
+}
+
+TEST(CipherContract, ModesAreTheModels)
+{
+    forEachCipher([](Subject& s) {
+        const Bytes iv = randomBytes(s.blockSize, 12);
+        Bytes outputs[3];
+        for (const std::uint32_t mode : {SYM_MODE_CBC, SYM_MODE_CBC_WORDSWAP, SYM_MODE_CFB}) {
+            s.cipher->setMode(mode);
+            for (std::size_t length :
+                 {s.blockSize, 9 * s.blockSize, 1024 + s.blockSize, 2048u, 3 * 1024 + 5 * s.blockSize}) {
+                if (mode == SYM_MODE_CFB) length -= 3;
+                SCOPED_TRACE(testing::Message() << "mode " << mode << ", length " << length);
+                const Bytes plain = randomBytes(length, 13);
+                outputs[mode] = chained(*s.cipher, true, iv, plain);
+                EXPECT_EQ(outputs[mode], modelEncrypt(*s.cipher, mode, iv, plain));
+                EXPECT_EQ(chained(*s.cipher, false, iv, outputs[mode]), plain);
+                EXPECT_EQ(chained(*s.cipher, true, {}, plain), chained(*s.cipher, true, Bytes(s.blockSize), plain));
+            }
+        }
+        EXPECT_NE(outputs[SYM_MODE_CBC], outputs[SYM_MODE_CBC_WORDSWAP]);
+        s.cipher->setMode(77); // any other number is CBC
+        EXPECT_EQ(chained(*s.cipher, false, iv, outputs[SYM_MODE_CBC]), chained(*s.cipher, false, iv, outputs[0]));
+        EXPECT_EQ(chained(*s.cipher, true, iv, chained(*s.cipher, false, iv, outputs[0])), outputs[0]);
+    });
+}
+
+TEST(CipherContract, IdentityCopiesAnyLengthAndHasNoCbc)
+{
+    const Cipher none = makeCipher(0, {});
+    for (const std::size_t length : {0u, 1u, 15u, 1000u}) {
+        const Bytes in = randomBytes(length, 14);
+        none->setMode(SYM_MODE_CFB);
+        EXPECT_EQ(ecb(*none, true, in), in);
+        EXPECT_EQ(ecb(*none, false, in), in);
+        EXPECT_EQ(chained(*none, true, {}, in), in);
+        EXPECT_EQ(chained(*none, false, {}, in), in);
+        Bytes out(length, 9);
+        for (const std::uint32_t mode : {SYM_MODE_CBC, SYM_MODE_CBC_WORDSWAP}) {
+            none->setMode(mode);
+            EXPECT_EQ(none->modeEncrypt(none.get(), nullptr, in.data(), out.data(), lengthOf(in)), 26);
+            EXPECT_EQ(none->modeDecrypt(none.get(), nullptr, in.data(), out.data(), lengthOf(in)), 26);
+        }
+        EXPECT_EQ(out, Bytes(length, 9));
+    }
+    EXPECT_EQ(none->encryptBlocks(nullptr, nullptr, -1), 26);
+}
+
+// Every allocation fails once: the creator answers null, a mode 25 with nothing transformed, and the object works on.
+// All blocks but the object itself are secrets, and none comes back unwiped (the test heap looks).
+TEST(CipherContract, MemoryRunsOutAndSecretsAreWiped)
+{
+    const Bytes iv = randomBytes(16, 15), plain = randomBytes(2048, 16);
+    for (const CipherRow& row : cipherRows) {
+        SCOPED_TRACE(row.id);
+        const Bytes key = randomBytes(row.keySize(nullptr), 17);
+        for (const std::uint32_t mode : {SYM_MODE_CBC, SYM_MODE_CBC_WORDSWAP, SYM_MODE_CFB}) {
+            Bytes out(plain.size());
+            const std::uint32_t injected = forEachFailingAllocation([&](TestHeap& heap) {
+                Cipher cipher = makeCipher(row.id, key);
+                if (!cipher) {
+                    EXPECT_TRUE(heap.failed());
+                    EXPECT_EQ(heap.held(), 0u);
+                    return;
+                }
+                cipher->setMode(mode);
+                for (const auto operation : {cipher->modeEncrypt, cipher->modeDecrypt}) {
+                    std::fill(out.begin(), out.end(), std::uint8_t(0x77));
+                    const Status status = operation(cipher.get(), iv.data(), plain.data(), out.data(), lengthOf(plain));
+                    EXPECT_TRUE(status == CRYPT_OK || (heap.failed() && status == 25) || (row.id == 0 && status == 26));
+                    if (status != CRYPT_OK) {
+                        EXPECT_EQ(out, Bytes(plain.size(), 0x77));
+                    }
+                }
+                if (heap.failed() || row.id == 0) return;
+                if (mode != SYM_MODE_CFB) {
+                    EXPECT_EQ(heap.held(), 2u) << "the object and its schedule; no work area";
+                }
+                cipher.reset();
+                EXPECT_EQ(heap.allocations() - heap.secretsReleased(), 1u) << "all but the object are secrets";
+            });
+            EXPECT_GE(injected, row.id == 0 ? 2u : 8u);
+        }
+        // A refused or a cut key leaves nothing either; the destructor of the heap looks.
+        TestHeap heap;
+        for (const std::size_t length : {0u, 1u, 7u, 300u}) makeCipher(row.id, randomBytes(length, 18));
+        EXPECT_EQ(heap.held(), 0u);
+    }
+}
+
+} // namespace
+} // namespace toolbelt::test
