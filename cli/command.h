@@ -15,6 +15,9 @@ namespace toolbelt::cli {
 using Action = std::function<ExitCode()>;
 
 Action prepareDigest(CLI::App& app);
+Action prepareCipher(CLI::App& app);
+Action prepareCipherEncrypt(CLI::App& app);
+Action prepareCipherDecrypt(CLI::App& app);
 Action prepareBignum(CLI::App& app);
 Action prepareArmour(CLI::App& app);
 Action prepareDearmour(CLI::App& app);

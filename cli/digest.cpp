@@ -17,20 +17,6 @@ constexpr std::uint32_t LIST_LIMIT = 64 << 20;
 
 using Hash = std::unique_ptr<cHashAlg, decltype(&destroyHash)>;
 
-std::string idText(std::int32_t id)
-{
-    const std::uint8_t byte = static_cast<std::uint8_t>(id);
-    return id < 0x80 ? std::to_string(id) : "0x" + toHex(&byte, 1);
-}
-
-// How names are compared: "sha256" and "SHA-256" are the same.
-std::string plainName(std::string_view name)
-{
-    std::string plain = toLower(name);
-    std::erase_if(plain, [](char c) { return c == '-' || c == '_' || c == ' '; });
-    return plain;
-}
-
 const HashRow& findHash(const std::string& idOrName)
 {
     const std::optional<std::uint32_t> id = parseNumber(idOrName);

@@ -26,61 +26,6 @@ Failure systemFailure(const std::string& path, const std::string& what, ExitCode
     return Failure(path, what + reason + " (system error " + std::to_string(error) + ")", exitCode);
 }
 
-void writeAll(HANDLE handle, const std::string& path, const Bytes& bytes)
-{
-    for (std::size_t at = 0; at < bytes.size();) {
-        checkInterrupt(path);
-        const DWORD wanted = static_cast<DWORD>(std::min<std::size_t>(bytes.size() - at, PIECE));
-        DWORD written = 0;
-        if (!WriteFile(handle, bytes.data() + at, wanted, &written, nullptr) || written == 0)
-            throw systemFailure(path, "cannot be written", EXIT_SYSTEM);
-        at += written;
-    }
-}
-
-// A file beside the target, gone with its owner unless it was renamed to the target.
-class TemporaryFile
-{
-public:
-    explicit TemporaryFile(const std::string& target) : target_(target), wideTarget_(toWide(target))
-    {
-        for (unsigned attempt = 0; attempt < 100; ++attempt) {
-            name_ = wideTarget_ + L".tmp-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(attempt);
-            handle_ = CreateFileW(name_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-            if (handle_ != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS) break;
-        }
-        if (handle_ == INVALID_HANDLE_VALUE) throw systemFailure(target_, "cannot be created", EXIT_SYSTEM);
-    }
-    ~TemporaryFile()
-    {
-        close();
-        if (!name_.empty()) DeleteFileW(name_.c_str());
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    HANDLE handle() const { return handle_; }
-    void commit()
-    {
-        close();
-        if (!MoveFileExW(name_.c_str(), wideTarget_.c_str(), MOVEFILE_REPLACE_EXISTING))
-            throw systemFailure(target_, "cannot be written", EXIT_SYSTEM);
-        name_.clear();
-    }
-
-private:
-    void close()
-    {
-        if (handle_ != INVALID_HANDLE_VALUE) CloseHandle(handle_);
-        handle_ = INVALID_HANDLE_VALUE;
-    }
-
-    std::string target_;
-    std::wstring wideTarget_;
-    std::wstring name_;
-    HANDLE handle_ = INVALID_HANDLE_VALUE;
-};
-
 } // namespace
 
 InputFile::InputFile(const std::string& path)
@@ -138,18 +83,64 @@ Bytes readWhole(const std::string& path, std::uint32_t limit)
     }
 }
 
-void writeWhole(const std::string& path, const Bytes& bytes)
+OutputFile::OutputFile(const std::string& path) : path_(path), target_(toWide(path)), handle_(INVALID_HANDLE_VALUE)
 {
-    if (path == "-") {
+    checkInterrupt(path_);
+    if (path_ == "-") {
         flushOutput();
-        writeAll(GetStdHandle(STD_OUTPUT_HANDLE), path, bytes);
+        handle_ = GetStdHandle(STD_OUTPUT_HANDLE);
         return;
     }
-    const CleanupGuard guard;
-    checkInterrupt(path);
-    TemporaryFile file(path);
-    writeAll(file.handle(), path, bytes);
-    checkInterrupt(path);
+    for (unsigned attempt = 0; attempt < 100; ++attempt) {
+        temporary_ = target_ + L".tmp-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(attempt);
+        handle_ =
+            CreateFileW(temporary_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (handle_ != INVALID_HANDLE_VALUE) return;
+        if (GetLastError() != ERROR_FILE_EXISTS) break;
+    }
+    temporary_.clear(); // it is not ours to delete
+    throw systemFailure(path_, "cannot be created", EXIT_SYSTEM);
+}
+
+OutputFile::~OutputFile()
+{
+    if (temporary_.empty()) return;
+    close();
+    DeleteFileW(temporary_.c_str());
+}
+
+void OutputFile::close()
+{
+    if (handle_ != INVALID_HANDLE_VALUE) CloseHandle(handle_);
+    handle_ = INVALID_HANDLE_VALUE;
+}
+
+void OutputFile::write(const std::uint8_t* bytes, std::size_t size)
+{
+    for (std::size_t at = 0; at < size;) {
+        checkInterrupt(path_);
+        const DWORD wanted = static_cast<DWORD>(std::min<std::size_t>(size - at, PIECE));
+        DWORD written = 0;
+        if (!WriteFile(handle_, bytes + at, wanted, &written, nullptr) || written == 0)
+            throw systemFailure(path_, "cannot be written", EXIT_SYSTEM);
+        at += written;
+    }
+}
+
+void OutputFile::commit()
+{
+    checkInterrupt(path_);
+    if (temporary_.empty()) return;
+    close();
+    if (!MoveFileExW(temporary_.c_str(), target_.c_str(), MOVEFILE_REPLACE_EXISTING))
+        throw systemFailure(path_, "cannot be written", EXIT_SYSTEM);
+    temporary_.clear();
+}
+
+void writeWhole(const std::string& path, const Bytes& bytes)
+{
+    OutputFile file(path);
+    file.write(bytes.data(), bytes.size());
     file.commit();
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/console.h"
 #include "crypto/base/heap.h"
 
 namespace toolbelt::cli {
@@ -62,7 +63,29 @@ private:
 // The whole file, of at most limit bytes (below 2 GB).
 Bytes readWhole(const std::string& path, std::uint32_t limit);
 
-// The file appears whole or not at all: a file that was there before stays as it is until the new one is complete.
+// A file that appears whole or not at all: what is written goes to a temporary file beside the target, which commit
+// renames to it. A file that was there before stays as it is until then. Standard output is written as it comes.
+class OutputFile
+{
+public:
+    explicit OutputFile(const std::string& path);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    void write(const std::uint8_t* bytes, std::size_t size);
+    void commit();
+
+private:
+    void close();
+
+    const CleanupGuard guard_; // Ctrl+C must not leave the temporary file
+    std::string path_;
+    std::wstring target_;
+    std::wstring temporary_; // empty when there is none any more
+    void* handle_;
+};
+
 void writeWhole(const std::string& path, const Bytes& bytes);
 
 } // namespace toolbelt::cli

@@ -23,6 +23,10 @@ struct Command
 
 constexpr Command commands[] = {
     {"digest", "-a ALG FILE... | -a ALG --check LIST | --list", "digests of files", prepareDigest},
+    {"cipher encrypt", "-c ALG [-m MODE] --key HEX [--iv HEX] [--pad] IN OUT", "a file through a block cipher",
+     prepareCipherEncrypt},
+    {"cipher decrypt", "-c ALG [-m MODE] --key HEX [--iv HEX] [--pad] IN OUT", "and back", prepareCipherDecrypt},
+    {"cipher", "--list", "the block ciphers there are", prepareCipher},
     {"bignum", "OP A [B [C]]", "arithmetic on large numbers", prepareBignum},
     {"armour", "[OPTIONS] IN OUT", "a file as base64 or armoured text", prepareArmour},
     {"dearmour", "[OPTIONS] IN OUT", "the file back from such a text", prepareDearmour},
@@ -58,7 +62,7 @@ std::string listCommands(const std::string& group)
     for (const Command& command : commands) {
         const std::string name = command.name;
         if (!group.empty() && !name.starts_with(group + " ")) continue;
-        text += "  " + name + std::string(14 - name.size(), ' ') + command.summary + "\n";
+        text += "  " + name + std::string(16 - name.size(), ' ') + command.summary + "\n";
     }
     return text;
 }

@@ -175,6 +175,19 @@ std::string toLower(std::string_view ascii)
     return text;
 }
 
+std::string idText(std::int32_t id)
+{
+    const std::uint8_t byte = static_cast<std::uint8_t>(id);
+    return id < 0x80 ? std::to_string(id) : "0x" + toHex(&byte, 1);
+}
+
+std::string plainName(std::string_view name)
+{
+    std::string plain = toLower(name);
+    std::erase_if(plain, [](char c) { return c == '-' || c == '_' || c == ' '; });
+    return plain;
+}
+
 std::string readable(const std::uint8_t* bytes, std::size_t size, Charset charset, std::string_view quoted)
 {
     std::string text;

@@ -29,6 +29,11 @@ std::string numberText(const BigNum& number);
 
 std::string toLower(std::string_view ascii);
 
+// How a registry id is written: decimal below 0x80, hexadecimal from there on.
+std::string idText(std::int32_t id);
+// How names of algorithms are compared: "sha256" and "SHA-256" are the same.
+std::string plainName(std::string_view name);
+
 enum class Charset
 {
     utf8,
