@@ -1,6 +1,7 @@
 // cipher: files through a block cipher in a chaining mode, piece by piece, in bounded memory.
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 #include "cli/command.h"
 #include "cli/console.h"
@@ -117,14 +118,14 @@ ExitCode transformFile(const Options& options)
     Transform transform(options, cipherRows[findRow(options.algorithm)]);
     const std::uint32_t blockSize = transform.blockSize();
 
-    InputFile input(options.in);
+    std::optional<InputFile> input(std::in_place, options.in);
     OutputFile output(options.out);
-    Progress progress(options.in, input.size());
+    Progress progress(options.in, input->size());
     // One piece is read ahead, so that the last one is known when it comes: padding belongs to it.
     Bytes piece(PIECE + blockSize), next(PIECE + blockSize);
-    std::uint32_t size = input.read(piece.data(), PIECE);
+    std::uint32_t size = input->read(piece.data(), PIECE);
     for (std::uint64_t done = 0;;) {
-        const std::uint32_t following = size == PIECE ? input.read(next.data(), PIECE) : 0;
+        const std::uint32_t following = size == PIECE ? input->read(next.data(), PIECE) : 0;
         const bool last = following == 0;
         if (last && options.pad && !options.decrypt) size = pad(piece.data(), size, blockSize);
         check(options.in, transform.run(piece.data(), size));
@@ -135,6 +136,7 @@ ExitCode transformFile(const Options& options)
         std::swap(piece, next);
         size = following;
     }
+    input.reset(); // the two may be the same file
     output.commit();
     return EXIT_DONE;
 }

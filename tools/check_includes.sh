@@ -16,6 +16,7 @@ pka    : crypto/pka/.*                                                          
 keys   : crypto/encoding/key_[a-z0-9_]*\..*                                        : base bignum text der pka
 x509   : crypto/encoding/x509[a-z0-9_]*\..*                                        : base bignum text der pka keys hash
 cli    : cli/.*                                                                    : base bignum hash cipher text der pka keys x509
+bench  : bench/.*                                                                 : base bignum hash cipher text der pka keys x509 tests
 tests  : tests/.*                                                                  : base bignum hash cipher text der pka keys x509 cli
 '
 
@@ -50,10 +51,10 @@ while IFS= read -r file; do
         esac
     done < <(sed -nE 's/^[[:space:]]*#[[:space:]]*include[[:space:]]*"([^"]+)".*/\1/p' "$file")
     case "$own" in
-        base | cli | tests) ;;
+        base | cli | bench | tests) ;;
         *) grep -qE '#[[:space:]]*include[[:space:]]*<windows\.h>' "$file" && complain "$file includes windows.h, which crypto/base alone may" ;;
     esac
-done < <(find crypto cli tests -name '*.h' -o -name '*.cpp' -o -name '*.inc' | sort)
+done < <(find crypto cli bench tests -name '*.h' -o -name '*.cpp' -o -name '*.inc' | sort)
 
 [ "$checked" -gt 0 ] || complain "no include was found: the check itself is broken"
 [ "$broken" -eq 0 ] && echo "check_includes: $checked includes point the right way"

@@ -45,7 +45,8 @@ TB_API void bnDestroy(BigNum& number);
 // destination = source. A destination larger than needed keeps its count.
 [[nodiscard]] TB_API Status bnCopy(BigNum& destination, const BigNum& source);
 // Shows the limbs of source from index first on, at most maximum of them (-1: all). A first index at or beyond the
-// count gives an owned zero of one limb. source's limbs must stay where they are while the view is used.
+// count gives an owned zero of one limb. source's limbs must stay where they are while the view is used. BN_E_RANGE for
+// a negative index, and for an owner that would view itself.
 [[nodiscard]] TB_API Status bnView(BigNum& destination, const BigNum& source, std::int32_t first,
                                    std::int32_t maximum = -1);
 

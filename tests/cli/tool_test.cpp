@@ -22,6 +22,8 @@ TEST(Tool, HelpIsOnStandardOutputAndWrongUsageIsExitCode2)
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_EQ(help.err, "");
     for (const Arguments& command : std::vector<Arguments>{{"digest"},
+                                                           {"cipher", "encrypt"},
+                                                           {"cipher", "decrypt"},
                                                            {"bignum"},
                                                            {"armour"},
                                                            {"dearmour"},
