@@ -3,6 +3,8 @@
 
 build_dir=${TOOLBELT_BUILD_DIR:-$root/build}
 log_dir=$build_dir/log
+# Wine translates file names by the locale; a bare machine's knows ASCII alone.
+export LC_ALL=C.UTF-8
 export WINEPREFIX=${TOOLBELT_WINEPREFIX:-$build_dir/wine}
 export WINEDEBUG=${WINEDEBUG:--all}
 export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}

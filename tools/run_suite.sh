@@ -3,6 +3,7 @@
 # A program that crashes under Wine can still end with exit code 0, so its own closing line is demanded too; a skipped
 # test counts as a failure.
 set -u
+export LC_ALL=C.UTF-8 # by which Wine translates file names
 output=$(mktemp)
 trap 'rm -f "$output"' EXIT
 "$@" >"$output" 2>&1 </dev/null
