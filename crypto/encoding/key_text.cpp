@@ -4,8 +4,6 @@
 // adds its row, and nothing else changes.
 #include "crypto/encoding/key_text.h"
 
-#include <new>
-
 #include "crypto/encoding/armour.h"
 #include "crypto/encoding/der_cursor.h"
 
@@ -31,11 +29,8 @@ Status publicRsaFromInfo(cPKA** key, const SubjectPublicKeyInfo& info)
 {
     RsaPublicKey* record = nullptr;
     if (readRsaPublicKey(&record, info) != STATUS_OK) return DER_E_MALFORMED;
-    cPKA* const object = new (std::nothrow) cPublicRSA(record);
-    if (!object) {
-        freeRsaKey(record);
-        return DER_E_MALFORMED;
-    }
+    cPKA* const object = newPublicRsa(RsaPublicOwner(record));
+    if (!object) return DER_E_MALFORMED;
     *key = object;
     return STATUS_OK;
 }

@@ -34,7 +34,7 @@ struct SubjectPublicKeyInfo
 // two above.
 [[nodiscard]] TB_API cPKA* readPemPublicKey(const char* text, Status* status = nullptr);
 // RSAPublicKey from the BIT STRING's content into a new record, which the caller owns. PKA_E_KEY when the two numbers
-// are malformed, beyond the limits of rsa.h or do not fill their SEQUENCE; *record is left alone on failure.
+// are malformed, beyond the limits of rsa_key.h or do not fill their SEQUENCE; *record is left alone on failure.
 [[nodiscard]] TB_API Status readRsaPublicKey(RsaPublicKey** record, const SubjectPublicKeyInfo& info);
 // The binary ssh-rsa blob (RFC 4253, section 6.6) of a public RSA key, by the key's own exportSsh.
 [[nodiscard]] TB_API Status exportSshRsa(cPKA& key, std::uint8_t* output, std::uint32_t* inOutSize);

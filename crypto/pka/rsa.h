@@ -1,8 +1,9 @@
 // RSA key objects: cPublicRSA and cPrivateRSA over the key records of rsa_key.h, and their factories.
 //
-// A raw operation that fails is PKA_E_NOT_OFFERED in the slots with a prefixed side and PKA_E_FAILED in those with a
-// DER side. On failure the length is left alone, and so is the output, unless the input was refused as too short for a
-// small exponent (PKA_E_SHORT_INPUT of the raw operation): then the number was written before it was refused.
+// A raw operation that fails is PKA_E_RAW_FAILED in the slots with a prefixed side and PKA_E_FAILED in those with a DER
+// side. A capacity that is too small is replaced by the length needed. On any other failure the length is left alone,
+// and so is the output, unless the input was refused as too short for a small exponent (PKA_E_SHORT_INPUT of the raw
+// operation): then the number was written before it was refused.
 #pragma once
 
 #include <cstdint>
@@ -71,7 +72,8 @@ private:
     std::int32_t keyLength_;
 };
 
-// The object over a record, which it owns from then on; null, and the record freed, when memory has run out.
+// The object over a record, which it owns from then on; null, and the record freed, when memory has run out. A null
+// record gives null.
 [[nodiscard]] TB_API cPKA* newPublicRsa(RsaPublicOwner record);
 [[nodiscard]] TB_API cPKA* newPrivateRsa(RsaPrivateOwner record);
 // From key bytes: null when the blob cannot be read. From a parsed DER element: 0 and the object, or

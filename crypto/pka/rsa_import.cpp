@@ -12,10 +12,12 @@ bool tooLong(const BigNum& number)
     return bnBitLength(number) > PKA_MAX_KEY_BITS;
 }
 
-// An even modulus has no use in RSA, and would take the slow road of exponentiation.
+// An even modulus has no use in RSA, and would take the slow road of exponentiation. An even exponent has no inverse,
+// and 1 leaves every input as it is.
 bool usable(const BigNum& n, const BigNum& e)
 {
-    if (tooLong(n) || bnTestBit(n, 0) == 0 || bnCompareWord(n, 1) <= 0 || bnCompareWord(e, 0) <= 0) return false;
+    if (tooLong(n) || bnTestBit(n, 0) == 0 || bnCompareWord(n, 1) <= 0) return false;
+    if (bnTestBit(e, 0) == 0 || bnCompareWord(e, 3) < 0) return false;
     return bnBitLength(e) <= (bnBitLength(n) > RSA_LONG_BITS ? RSA_LONG_KEY_EXPONENT_BITS : RSA_LONG_BITS);
 }
 
@@ -111,7 +113,7 @@ Status importRsaPrivateDer(RsaPrivateKey** key, const DerElement& sequence)
     const std::uint8_t* rest = nullptr;
     std::uint32_t restLength = 0, version = 0;
     if (readInteger(versionElement, sequence.content, sequence.contentLength, &rest, &restLength) != STATUS_OK ||
-        readSmallInteger(versionElement, &version) != STATUS_OK || version != 0)
+        versionElement.contentLength == 0 || readSmallInteger(versionElement, &version) != STATUS_OK || version != 0)
         return PKA_E_KEY; // version 1 is a key of more than two primes
     RsaPrivateOwner record(newRsaPrivateKey());
     if (!record) return PKA_E_MEMORY;

@@ -1,8 +1,10 @@
 // RSA key records: lifetime, import, export, and the raw operations on them (RFC 8017). The key objects are in rsa.h.
 //
-// Limits of import. The modulus must be odd, above 1 and of at most PKA_MAX_KEY_BITS; the public exponent must not be
-// 0, nor be longer than goes with the modulus (below); no other number may be longer than PKA_MAX_KEY_BITS. All else is
-// a key: primes are not tested, and an exponent that fits no decryption simply decrypts nothing.
+// Limits of import. The modulus must be odd, above 1 and of at most PKA_MAX_KEY_BITS; the public exponent must be odd,
+// at least 3 (with 1 every block would be its own signature), and not longer than goes with the modulus (below); no
+// other number may be longer than PKA_MAX_KEY_BITS. A private key must be one that can be completed, too, and an even
+// exponent fails there already (PKA_E_RANGE), while 1 meets the limit (PKA_E_KEY). Nothing else is tested: neither that
+// the primes are prime nor that a public exponent has an inverse.
 //
 // Nothing here is protected against a watcher of its timing: private operations are not blinded.
 #pragma once
@@ -76,7 +78,7 @@ inline std::uint32_t rsaLength(std::uint16_t bits)
 
 // Brings a record whose e, p and q are loaded to its invariants: p becomes the larger prime; d, qinv and n are kept
 // when they are right and computed when they are not; bits, dp and dq are computed. PKA_E_RANGE when no such key
-// exists.
+// exists, or when the lengths of the primes add up to more than PKA_MAX_KEY_BITS + 1, so that bits cannot overflow.
 [[nodiscard]] TB_API Status completeRsaPrivate(RsaPrivateKey& key);
 
 // ---- raw operations
@@ -89,16 +91,18 @@ enum RsaMode : std::uint32_t
     RSA_PREFIXED_OUTPUT = 2, // prefixed form, written into k + 2 bytes, zeros behind a shorter number
 };
 
+// Reads the number of a raw operation's input; PKA_E_RANGE when a prefixed number does not fit.
+[[nodiscard]] Status readRsaInput(BigNum& number, const std::uint8_t* input, std::uint32_t k, std::uint32_t mode);
 // output = input^e mod n. PKA_E_RANGE when a prefixed number does not fit. PKA_E_SHORT_INPUT, with the output written,
-// when e is below 4097 and the input's number takes fewer than (k / 3) * 2 bytes: such an input was not padded, and a
-// root of the output might give it away. Input and output may be the same bytes.
+// when e is below 4097 and the input, taken modulo n, has fewer than (k / 3) * 2 bytes: such an input was not padded,
+// and a root of the output might give it away. Input and output may be the same bytes.
 [[nodiscard]] TB_API Status rsaPublicOperation(const RsaPublicKey& key, const std::uint8_t* input, std::uint8_t* output,
                                                std::uint32_t mode);
 // output = input^d mod n, by the Chinese remainder theorem. An input of n and above is taken modulo n.
 [[nodiscard]] TB_API Status rsaPrivateOperation(const RsaPrivateKey& key, const std::uint8_t* input,
                                                 std::uint8_t* output, std::uint32_t mode);
-// Whether the signature (RSA_RAW or RSA_PREFIXED_INPUT) is a type 1 block around the digest, bare or in a DigestInfo of
-// any algorithm: 0 or PKA_E_FAILED; PKA_E_OBJECT when the working buffer could not be had.
+// Whether the signature (RSA_RAW or RSA_PREFIXED_INPUT), a number below n, is that of a type 1 block around the digest,
+// bare or in a DigestInfo of any algorithm: 0 or PKA_E_FAILED; PKA_E_OBJECT when the working buffer could not be had.
 [[nodiscard]] TB_API Status rsaVerify(const RsaPublicKey& key, const std::uint8_t* signature, std::uint32_t mode,
                                       const std::uint8_t* digest, std::uint32_t digestLength);
 

@@ -10,12 +10,6 @@ namespace {
 // Exponents below this one are small: an input that is short beside the modulus may be found as a root of the output.
 constexpr std::uint64_t SMALL_EXPONENT_END = 4097;
 
-Status readInput(BigNum& number, const std::uint8_t* input, std::uint32_t k, std::uint32_t mode)
-{
-    if ((mode & RSA_PREFIXED_INPUT) == 0) return bnImport(number, input, k);
-    return bnImportPrefixed(number, input, k + 2) != 0 ? STATUS_OK : PKA_E_RANGE;
-}
-
 Status writeOutput(std::uint8_t* output, std::uint32_t k, const BigNum& number, std::uint32_t mode)
 {
     if ((mode & RSA_PREFIXED_OUTPUT) == 0) {
@@ -30,11 +24,20 @@ Status writeOutput(std::uint8_t* output, std::uint32_t k, const BigNum& number, 
 
 } // namespace
 
+Status readRsaInput(BigNum& number, const std::uint8_t* input, std::uint32_t k, std::uint32_t mode)
+{
+    if ((mode & RSA_PREFIXED_INPUT) == 0) return bnImport(number, input, k);
+    return bnImportPrefixed(number, input, k + 2) != 0 ? STATUS_OK : PKA_E_RANGE;
+}
+
 Status rsaPublicOperation(const RsaPublicKey& key, const std::uint8_t* input, std::uint8_t* output, std::uint32_t mode)
 {
     const std::uint32_t k = rsaLength(key.bits);
     BigNum x, y;
-    if (const Status status = readInput(x, input, k, mode)) return status;
+    if (const Status status = readRsaInput(x, input, k, mode)) return status;
+    // Reduced before it is measured: a short number must not pass for a long one by a multiple of n on top.
+    if (bnCompare(x, *key.n) >= 0)
+        if (const Status status = bnModulo(x, x, *key.n)) return status;
     if (const Status status = bnModExp(y, x, *key.e, *key.n)) return status;
     if (const Status status = writeOutput(output, k, y, mode)) return status;
     const std::uint32_t inputBytes = (bnBitLength(x) + 7) / 8;
@@ -48,7 +51,7 @@ Status rsaPrivateOperation(const RsaPrivateKey& key, const std::uint8_t* input, 
     const std::uint32_t k = rsaLength(key.bits);
     const BigNum &p = *key.p, &q = *key.q;
     BigNum c, m1, m2, h;
-    if (const Status status = readInput(c, input, k, mode)) return status;
+    if (const Status status = readRsaInput(c, input, k, mode)) return status;
 
     if (const Status status = bnModulo(m1, c, p)) return status;
     if (const Status status = bnModExp(m1, m1, *key.dp, p)) return status;

@@ -62,7 +62,7 @@ Status cPrivateRSA::privateFromPrefixed(std::uint8_t* output, std::uint32_t* out
     const auto k = static_cast<std::uint32_t>(keyLength_);
     if (inputLength < k + 2) return PKA_E_LENGTH;
     if (!hasRoom(outputLength, k)) return STATUS_BUFFER_TOO_SMALL;
-    if (rsaPrivateOperation(*record_, input, output, RSA_PREFIXED_INPUT) != STATUS_OK) return PKA_E_NOT_OFFERED;
+    if (rsaPrivateOperation(*record_, input, output, RSA_PREFIXED_INPUT) != STATUS_OK) return PKA_E_RAW_FAILED;
     *outputLength = k;
     return STATUS_OK;
 }
@@ -87,7 +87,7 @@ Status cPrivateRSA::signPrefixed(std::uint8_t* output, std::uint32_t* outputLeng
     const std::uint8_t* block = nullptr;
     SecretBytes padded;
     if (const Status status = signatureBlock(&block, padded, k, input, inputLength)) return status;
-    if (rsaPrivateOperation(*record_, block, output, RSA_PREFIXED_OUTPUT) != STATUS_OK) return PKA_E_NOT_OFFERED;
+    if (rsaPrivateOperation(*record_, block, output, RSA_PREFIXED_OUTPUT) != STATUS_OK) return PKA_E_RAW_FAILED;
     *outputLength = k + 2;
     return STATUS_OK;
 }
@@ -129,6 +129,7 @@ Status cPrivateRSA::makePublic(cPKA** key)
 
 cPKA* newPrivateRsa(RsaPrivateOwner record)
 {
+    if (!record) return nullptr;
     cPKA* key = new (std::nothrow) cPrivateRSA(record.get());
     if (key != nullptr) (void)record.release();
     return key;

@@ -28,7 +28,7 @@ Status cPublicRSA::encryptPrefixed(std::uint8_t* output, std::uint32_t* outputLe
     const auto k = static_cast<std::uint32_t>(keyLength_);
     if (!hasRoom(outputLength, k + 2)) return STATUS_BUFFER_TOO_SMALL;
     if (inputLength != k) return PKA_E_LENGTH;
-    if (rsaPublicOperation(*record_, input, output, RSA_PREFIXED_OUTPUT) != STATUS_OK) return PKA_E_NOT_OFFERED;
+    if (rsaPublicOperation(*record_, input, output, RSA_PREFIXED_OUTPUT) != STATUS_OK) return PKA_E_RAW_FAILED;
     *outputLength = k + 2;
     return STATUS_OK;
 }
@@ -73,7 +73,7 @@ Status cPublicRSA::publicFromPrefixed(std::uint8_t* output, std::uint32_t* outpu
     const auto k = static_cast<std::uint32_t>(keyLength_);
     if (inputLength < k + 2) return PKA_E_LENGTH;
     if (!hasRoom(outputLength, k)) return STATUS_BUFFER_TOO_SMALL;
-    if (rsaPublicOperation(*record_, input, output, RSA_PREFIXED_INPUT) != STATUS_OK) return PKA_E_NOT_OFFERED;
+    if (rsaPublicOperation(*record_, input, output, RSA_PREFIXED_INPUT) != STATUS_OK) return PKA_E_RAW_FAILED;
     *outputLength = k;
     return STATUS_OK;
 }
@@ -107,6 +107,7 @@ Status cPublicRSA::exportSsh(std::uint8_t* output, std::uint32_t* outputLength)
 
 cPKA* newPublicRsa(RsaPublicOwner record)
 {
+    if (!record) return nullptr;
     cPKA* key = new (std::nothrow) cPublicRSA(record.get());
     if (key != nullptr) (void)record.release();
     return key;

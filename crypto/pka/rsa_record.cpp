@@ -5,6 +5,7 @@
 #include "crypto/base/heap.h"
 #include "crypto/bignum/modular.h"
 #include "crypto/pka/key_number.h"
+#include "crypto/pka/pka.h"
 #include "crypto/pka/rsa_key.h"
 
 namespace toolbelt {
@@ -74,6 +75,7 @@ void freeRsaKey(RsaPrivateKey* key)
 
 Status completeRsaPrivate(RsaPrivateKey& key)
 {
+    if (bnBitLength(*key.p) + bnBitLength(*key.q) > PKA_MAX_KEY_BITS + 1) return PKA_E_RANGE;
     if (bnCompare(*key.p, *key.q) < 0) std::swap(key.p, key.q);
 
     // A prime of 0 fails here; one of 1 makes phi 0, which no reduction takes.

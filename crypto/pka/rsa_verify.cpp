@@ -1,8 +1,11 @@
 // Verification of RSA signatures: PKCS #1 v1.5 blocks of type 1 (RFC 8017, section 8.2.2).
 //
 // By design a verifier of bare digests and of DigestInfos alike: a payload as long as the digest is the digest itself,
-// any other is read as a DigestInfo whose algorithm may be any known one. Both the DigestInfo and the elements in it
-// must be filled exactly, so that nothing can hide behind the digest.
+// any other is read as a DigestInfo whose algorithm may be any known one. Nothing may follow the digest, the DigestInfo
+// or its elements. Before the digest there is room all the same: no length of padding is demanded, and the parameters
+// of the AlgorithmIdentifier may hold any bytes. With a small exponent such a block may have a short root, found
+// without the private key: the short-input rule of the public operation is what refuses it. A signature must be below
+// n.
 #include <cstring>
 
 #include "crypto/base/heap.h"
@@ -39,6 +42,8 @@ Status rsaVerify(const RsaPublicKey& key, const std::uint8_t* signature, std::ui
     const std::uint32_t k = rsaLength(key.bits);
     SecretBytes block(k);
     if (!block) return PKA_E_OBJECT;
+    BigNum number;
+    if (readRsaInput(number, signature, k, mode) != STATUS_OK || bnCompare(number, *key.n) >= 0) return PKA_E_FAILED;
     if (rsaPublicOperation(key, signature, block.data(), mode & RSA_PREFIXED_INPUT) != STATUS_OK) return PKA_E_FAILED;
 
     const std::uint8_t* payload = nullptr;

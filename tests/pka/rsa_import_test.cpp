@@ -100,7 +100,7 @@ TEST(RsaImport, NumbersThatMakeNoKeyAreRefused)
         {&RsaNumbers::p, {}, 3},      {&RsaNumbers::q, {}, 3},      {&RsaNumbers::p, {1}, 3},
         {&RsaNumbers::q, {1}, 3},     {&RsaNumbers::p, good.q, 3},  {&RsaNumbers::e, {2}, 3},
         {&RsaNumbers::e, {}, 3},      {&RsaNumbers::q, {2}, 4},     {&RsaNumbers::p, longest, 4},
-        {&RsaNumbers::d, tooLong, 4}, {&RsaNumbers::e, tooLong, 4},
+        {&RsaNumbers::d, tooLong, 4}, {&RsaNumbers::e, tooLong, 4}, {&RsaNumbers::e, {1}, 4},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(&c - cases);
@@ -114,11 +114,22 @@ TEST(RsaImport, NumbersThatMakeNoKeyAreRefused)
         return importPublic(join({prefixed(n), prefixed(e)}));
     };
     for (const Bytes& n : {Bytes{}, Bytes{1}, Bytes{2}, even, tooLong}) EXPECT_EQ(importPair(n, {3}), 4);
-    for (const Bytes& e : {Bytes{}, tooLong}) EXPECT_EQ(importPair(good.n, e), 4);
+    for (const Bytes& e : {Bytes{}, Bytes{1}, Bytes{2}, Bytes{1, 0}, tooLong}) EXPECT_EQ(importPair(good.n, e), 4);
+    EXPECT_EQ(importPair(good.n, {3}), 0);
     EXPECT_EQ(importPair(half, half), 0);
     EXPECT_EQ(importPair(half, join({{1}, half})), 4);
     EXPECT_EQ(importPair(longest, word), 0);
     EXPECT_EQ(importPair(join({{1}, half}), join({{1}, word})), 4);
+
+    const RsaPrivateOwner record(newRsaPrivateKey()); // primes too long together, not imported but loaded
+    ASSERT_TRUE(record);
+    ASSERT_EQ(bnImport(*record->p, longest.data(), sizeOf(longest)), 0);
+    ASSERT_EQ(bnImport(*record->q, word.data(), sizeOf(word)), 0);
+    ASSERT_EQ(bnImport(*record->e, word.data(), sizeOf(word)), 0);
+    EXPECT_EQ(completeRsaPrivate(*record), 3);
+    EXPECT_EQ(record->bits, 0);
+    EXPECT_EQ(newPublicRsa(RsaPublicOwner()), nullptr);
+    EXPECT_EQ(newPrivateRsa(RsaPrivateOwner()), nullptr);
 
     RsaNumbers smallest = good;
     smallest.n = {3}; // one byte: every length check at its lower end
@@ -135,7 +146,8 @@ TEST(RsaImport, HostileBytesAreRefusedWhole)
         derElement(0x31, both), derElement(0x30, join({both, more})), join({{0x30, 0x80}, both, {0, 0}}),
         derElement(0x30, join({derElement(4, key.n), e})), derElement(0x30, join({derElement(2, {}), e}))};
     std::vector<Bytes> wrongPrivate = {derElement(0x31, whole), derElement(0x30, join({whole, more})),
-                                       derElement(0x30, privateContent(key, 1))}; // of more than two primes
+                                       derElement(0x30, privateContent(key, 1)), // of more than two primes
+                                       derElement(0x30, join({{2, 0}, slice(whole, 3, whole.size() - 3)}))};
     for (std::size_t size = 0; size < whole.size(); ++size) {
         if (size < open.size()) {
             EXPECT_EQ(importPublic(slice(open, 0, size)), 4) << size;

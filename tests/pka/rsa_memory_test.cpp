@@ -10,16 +10,27 @@
 namespace toolbelt::test {
 namespace {
 
-// Runs the call with every allocation failing in turn; only those statuses may come of it.
+// Runs the call with every allocation failing in turn: the first `early` of them must give one status, those after
+// them one of the others.
 template <typename Call>
-void expectEveryFailure(std::initializer_list<Status> statuses, Call call)
+void expectEveryFailure(Status first, std::uint32_t early, std::initializer_list<Status> others, Call call)
 {
     const std::uint32_t injected = forEachFailingAllocation([&](TestHeap& heap) {
         const Status status = call();
         EXPECT_EQ(heap.failed(), status != STATUS_OK);
-        EXPECT_TRUE(status == STATUS_OK || std::count(statuses.begin(), statuses.end(), status)) << status;
+        if (!heap.failed()) return;
+        if (heap.allocations() <= early)
+            EXPECT_EQ(status, first);
+        else
+            EXPECT_TRUE(std::count(others.begin(), others.end(), status)) << status << ", " << heap.allocations();
     });
     EXPECT_GT(injected, 2u);
+    EXPECT_GT(injected, 2 * early) << "nothing failed later";
+}
+template <typename Call>
+void expectEveryFailure(Status status, Call call)
+{
+    expectEveryFailure(status, 0, {status}, call);
 }
 
 TEST(RsaMemory, EveryFailingAllocationGivesTheSlotsStatus)
@@ -31,35 +42,46 @@ TEST(RsaMemory, EveryFailingAllocationGivesTheSlotsStatus)
     wrong.d = wrong.qinv = {2}; // so that the completion has everything to compute
     const Bytes blob = join({openBlob, privatePart(wrong)});
 
-    expectEveryFailure({2, 4}, [&] {
+    const std::uint32_t recordsBlocks = [] {
+        const TestHeap heap;
+        const RsaPrivateOwner record(newRsaPrivateKey());
+        return heap.allocations();
+    }();
+    EXPECT_EQ(recordsBlocks, 17u); // the record and eight numbers with their limbs
+    // After the record: 4 while numbers are read, 2 again in the completion.
+    expectEveryFailure(2, recordsBlocks, {4, 2}, [&] {
         RsaPrivateKey* record = nullptr;
         const Status status = importRsaPrivateBlob(&record, blob.data(), sizeOf(blob));
         EXPECT_EQ(RsaPrivateOwner(record) != nullptr, status == STATUS_OK);
         return status;
     });
-    expectEveryFailure({31}, [&] {
+    expectEveryFailure(31, [&] {
         cPKA* made = nullptr;
         const Status status = secret->makePublic(&made);
         EXPECT_EQ(Key(made) != nullptr, status == STATUS_OK);
         return status;
     });
-    expectEveryFailure({-1}, [&] { return Key(newPrivateRsa(blob.data(), sizeOf(blob))) ? 0 : -1; });
-    expectEveryFailure({-1}, [&] { return Key(newPublicRsa(openBlob.data(), sizeOf(openBlob))) ? 0 : -1; });
-    expectEveryFailure({31, 32}, [&] { return verifyPrefixed(*open, number, digest); });
-    expectEveryFailure({31, 32}, [&] { return verifyDer(*open, der, digest); });
+    expectEveryFailure(-1, [&] { return Key(newPrivateRsa(blob.data(), sizeOf(blob))) ? 0 : -1; });
+    expectEveryFailure(-1, [&] { return Key(newPublicRsa(openBlob.data(), sizeOf(openBlob))) ? 0 : -1; });
+    expectEveryFailure(31, 1, {32}, [&] { return verifyPrefixed(*open, number, digest); });
+    expectEveryFailure(31, 1, {32}, [&] { return verifyDer(*open, der, digest); });
     const struct
     {
         cPKA* key;
         OutputSlot slot;
         const Bytes& input;
-        std::initializer_list<Status> statuses;
+        bool pads; // the padded block is the first allocation, and 2 its failure
+        Status failure;
     } slots[] = {
-        {open.get(), &cPKA::publicFromPrefixed, number, {30}},    {open.get(), &cPKA::publicFromDer, der, {32}},
-        {secret.get(), &cPKA::privateFromPrefixed, number, {30}}, {secret.get(), &cPKA::privateFromDer, der, {32}},
-        {secret.get(), &cPKA::signPrefixed, digest, {2, 30}},     {secret.get(), &cPKA::signDer, digest, {2, 32}},
+        {open.get(), &cPKA::publicFromPrefixed, number, false, 30},
+        {open.get(), &cPKA::publicFromDer, der, false, 32},
+        {secret.get(), &cPKA::privateFromPrefixed, number, false, 30},
+        {secret.get(), &cPKA::privateFromDer, der, false, 32},
+        {secret.get(), &cPKA::signPrefixed, digest, true, 30},
+        {secret.get(), &cPKA::signDer, digest, true, 32},
     };
     for (const auto& s : slots)
-        expectEveryFailure(s.statuses, [&] {
+        expectEveryFailure(2, s.pads ? 1 : 0, {s.failure}, [&] {
             Bytes output(68, 0xA5);
             std::uint32_t length = 68;
             const Status status = (s.key->*s.slot)(output.data(), &length, s.input.data(), sizeOf(s.input));
@@ -95,19 +117,25 @@ struct Watch
     }
 };
 
+// An object with an identifier that the watch can tell from other bytes.
+struct MarkedKey : cPKA
+{
+    MarkedKey() { algorithm_ = 0x5E1DC0DE; }
+};
+
 TEST(RsaMemory, NoBlockComesBackWithASecretInIt)
 {
     const RsaNumbers& numbers = rsaKey("rsa1024");
     const Bytes digest = {3, 1, 4, 1, 5, 9, 2, 6}, plain = join({{0}, digest, Bytes(119, 1)});
-    Watch::secrets = {digest};
+    Watch::secrets = {digest, {0x5E, 0x1D, 0xC0, 0xDE}};
     for (const Bytes& number : {numbers.d, numbers.p, numbers.q, numbers.dp, numbers.dq, numbers.qinv})
         for (const std::size_t back : {8u, 32u}) Watch::secrets.push_back(slice(number, number.size() - back, 8));
     const heap::Backend watch = {Watch::allocate, Watch::release};
     const heap::Backend* const before = heap::setBackend(&watch);
     {
-        const Key secret = privateKey(numbers), open = publicKey(numbers);
-        EXPECT_EQ(std::count_if(Watch::blocks.begin(), Watch::blocks.end(), Watch::holdsSecret), 6)
-            << "the watch must see the key while it lives";
+        const Key secret = privateKey(numbers), open = publicKey(numbers), marked(new (std::nothrow) MarkedKey);
+        EXPECT_EQ(std::count_if(Watch::blocks.begin(), Watch::blocks.end(), Watch::holdsSecret), 7)
+            << "the watch must see the numbers and the identifier while they live";
         EXPECT_EQ(verifyPrefixed(*open, run(*secret, &cPKA::signPrefixed, digest), digest), 0);
         EXPECT_EQ(verifyDer(*open, run(*secret, &cPKA::signDer, digest), digest), 0);
         EXPECT_EQ(run(*secret, &cPKA::privateFromPrefixed, run(*open, &cPKA::encryptPrefixed, plain)), plain);

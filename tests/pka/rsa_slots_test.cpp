@@ -7,7 +7,7 @@
 namespace toolbelt::test {
 namespace {
 
-// Every slot that is not in `offered` answers 30 and writes nothing.
+// The slots of `offered` answer these inputs with anything but 30; every other answers 30 and writes nothing.
 void expectOnly(cPKA& key, std::initializer_list<int> offered)
 {
     const Bytes untouched(600, 0xA5), input(600, 1);
@@ -15,7 +15,8 @@ void expectOnly(cPKA& key, std::initializer_list<int> offered)
     std::uint32_t length = 600;
     const auto expect = [&](int number, Status status) {
         const bool absent = std::count(offered.begin(), offered.end(), number) == 0;
-        EXPECT_TRUE(!absent || (status == 30 && length == 600 && output == untouched)) << number;
+        EXPECT_EQ(status == 30, absent) << number;
+        EXPECT_TRUE(!absent || (length == 600 && output == untouched)) << number;
         output = untouched;
         length = 600;
     };
@@ -195,10 +196,54 @@ TEST(RsaSlots, ShortInputsToSmallExponentsFail)
 
     run(*open, &cPKA::encryptPrefixed, join({Bytes(k - border), {1}, Bytes(border - 1)}));
     const Bytes justShort = join({Bytes(k - border + 1), Bytes(border - 1, 0xFF)});
-    for (const auto& [exponent, status] : {std::pair<Bytes, Status>{{0x10, 0x00}, 30}, {{0x10, 0x01}, 0}}) {
-        numbers.e = exponent; // 4096 and 4097
+    for (const auto& [exponent, status] : {std::pair<Bytes, Status>{{0x0F, 0xFF}, 30}, {{0x10, 0x01}, 0}}) {
+        numbers.e = exponent; // 4095 and 4097
         run(*publicKey(numbers), &cPKA::encryptPrefixed, justShort, status);
     }
+}
+
+// A block whose DigestInfo holds filler in place of parameters, so that it is the cube of a short number, found
+// without the private key; n on top makes the number long and leaves its cube modulo n as it is.
+TEST(RsaSlots, CubeRootsAreNoSignaturesWithTheModulusOnTopEither)
+{
+    const Key open = publicKey(rsaKey("rsa1024e3"));
+    const Bytes digest = fromHex("cc620ebc332be11bd2d6682ca7977594ab1aa7bf");
+    const Bytes root =
+        fromHex("0100102a2369f9001b2e6ecbb5dd8b04b1a8134fe9647743da6989e62a423278fd2b6be5ec0b8c2ecf1d3f");
+    const Bytes raised =
+        fromHex("f5da7654db54aa1077591c6856462ca20d1e520a91bde034c0ab7c7b14e67a715b8d18a96daaaaf87aec06ea"
+                "1ac5b8853805a959fb953032f1cfe07393a6ee06b376611879fdf1a517abdfcadfbdc8717f544288ebcec454"
+                "262eb51fbe3e528698eaa67cb045db5659f95612d79b672e8c798fe598d34dbf00260e1cbeac4520");
+    Bytes block(128);
+    for (const Bytes& signature : {join({Bytes(128 - root.size()), root}), raised}) {
+        const Bytes number = prefixed(signature, 130);
+        EXPECT_EQ(verifyDer(*open, derElement(4, signature), digest), 32);
+        EXPECT_EQ(verifyPrefixed(*open, number, digest), 32);
+        run(*open, &cPKA::publicFromPrefixed, number, 30);
+        const RsaPublicKey& record = dynamic_cast<cPublicRSA&>(*open).record();
+        EXPECT_EQ(rsaPublicOperation(record, signature.data(), block.data(), RSA_RAW), 6);
+        EXPECT_TRUE(slice(block, 0, 4) == (Bytes{0, 1, 0, 0x30}) && slice(block, 108, 20) == digest);
+    }
+}
+
+TEST(RsaSlots, NumbersOfTheModulusAndAboveAreTakenModuloItButAreNoSignatures)
+{
+    const RsaNumbers& numbers = rsaKey("rsa1025"); // its bytes have room for a signature with n on top
+    const std::uint32_t k = numbers.k();
+    const Key open = publicKey(numbers), secret = privateKey(numbers);
+    const Bytes digest(20, 0x5A), signature = slice(run(*secret, &cPKA::signDer, digest), 3, k);
+    Bytes raised(k);
+    for (std::uint32_t i = k, carry = 0; i-- > 0; carry >>= 8) {
+        carry += signature[i] + numbers.n[i];
+        raised[i] = static_cast<std::uint8_t>(carry);
+    }
+    EXPECT_EQ(run(*open, &cPKA::publicFromDer, derElement(4, raised)),
+              run(*open, &cPKA::publicFromDer, derElement(4, signature)));
+    EXPECT_EQ(verifyDer(*open, derElement(4, signature), digest), 0);
+    EXPECT_EQ(verifyDer(*open, derElement(4, raised), digest), 32);
+    EXPECT_EQ(verifyPrefixed(*open, prefixed(raised, k + 2), digest), 32);
+    EXPECT_EQ(run(*secret, &cPKA::privateFromPrefixed, prefixed(numbers.n, k + 2)), Bytes(k));
+    EXPECT_EQ(run(*open, &cPKA::encryptPrefixed, Bytes(k)), Bytes(k + 2)); // zeros behind a short result
 }
 
 } // namespace
