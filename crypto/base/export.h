@@ -1,4 +1,5 @@
-// TB_API marks what toolbelt.dll exports. Whoever links the library's objects instead of the DLL defines TOOLBELT_STATIC.
+// TB_API marks what toolbelt.dll exports. Whoever links the library's objects instead of the DLL defines
+// TOOLBELT_STATIC.
 #pragma once
 
 #if !defined(_WIN32)

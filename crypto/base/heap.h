@@ -17,19 +17,20 @@ TB_API void wipe(void* block, std::size_t size) noexcept;
 
 namespace heap {
 
-// A block of size bytes aligned for any type, or null when memory has run out. Contents are undefined. A size of 0 gives
-// a block of one byte.
+// A block of size bytes, aligned to 8, or null when memory has run out. Contents are undefined. A size of 0 gives a
+// block of one byte.
 TB_API void* allocate(std::size_t size) noexcept;
 // Returns a block as it is. Null is ignored.
 TB_API void release(void* block) noexcept;
 // Wipes the first size bytes (the whole of what was asked for), then returns the block. Null is ignored.
 TB_API void releaseSecret(void* block, std::size_t size) noexcept;
 
-// The same three on the system's global heap (GlobalAlloc), where the byte buffer keeps its block.
+// The same on the system's global heap (GlobalAlloc), where the byte buffer keeps its block.
 TB_API void* globalAllocate(std::size_t size) noexcept;
 TB_API void globalReleaseSecret(void* block, std::size_t size) noexcept;
 
-// What lies under the door. A test replaces it; secretSize is what was wiped just before, 0 for a block released as it is.
+// What lies under the door. A test replaces it; secretSize is what was wiped just before, 0 for a block released as it
+// is.
 struct Backend
 {
     void* (*allocate)(std::size_t size, bool global) noexcept;
@@ -53,7 +54,7 @@ struct HeapObject
 template <typename T>
 class SecretArray
 {
-    static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
+    static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T> && alignof(T) <= 8);
 
 public:
     SecretArray() noexcept = default;

@@ -6,7 +6,8 @@
 
 namespace toolbelt {
 
-// Seeds the calling thread's generator; a thread that never seeds starts from 1.
+// Seeds the calling thread's generator; a thread that never seeds starts from 1. On Windows this is the C runtime's own
+// state, so an application on the same runtime sees its rand() move in that thread.
 void runtimeSrand(std::uint32_t seed) noexcept;
 // The next value, 0 to 32767.
 int runtimeRand() noexcept;

@@ -43,7 +43,8 @@ inline constexpr std::uint32_t BASE64_LINE_LENGTH = 64;
 // start of the text is one, and blanks before it do not count) opens the checksum line, which ends the reading. A last
 // group of two or three digits needs its pads, one digit left over is dropped. consumed (optional) receives, on success
 // only, the number of characters read. TEXT_E_MALFORMED, and TEXT_E_CHECKSUM for a checksum line cut short, leave
-// *inOutSize alone and zeros in output; when the checksum does not match, the bytes and their number are stored.
+// *inOutSize alone and overwrite with zeros what had been decoded; when the checksum does not match, the bytes and
+// their number are stored.
 [[nodiscard]] TB_API Status base64Decode(std::uint8_t* output, std::uint32_t* inOutSize, const char* text,
                                          std::uint32_t textLength, const char* alphabet = nullptr,
                                          std::uint32_t* consumed = nullptr);

@@ -1,5 +1,5 @@
-// Base64 encoding, with the lines that make it an armoured block. The size is worked out first, in 64 bits; everything
-// that can fail fails before the first character is written.
+// Base64 encoding, with the lines that make it an armoured block. The size is worked out first, in 64 bits; what can
+// fail fails before the first character is written; the check of the length at the end is a safeguard.
 #include <algorithm>
 #include <cstring>
 

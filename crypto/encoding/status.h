@@ -17,7 +17,7 @@ inline constexpr Status DER_E_NOT_FOUND = 17;         // the certificate has no 
 inline constexpr Status KEY_E_NO_READER = 33;         // no key class reads the algorithm's keys
 
 // base64 and armoured text
-inline constexpr Status TEXT_E_MALFORMED = 41;   // begin or end line missing, too many pads, or a group that does not fit
+inline constexpr Status TEXT_E_MALFORMED = 41; // begin or end line missing, too many pads, or a group that does not fit
 inline constexpr Status TEXT_E_CONSISTENCY = 52; // the encoder's own check failed, or a size beyond 32 bits
 inline constexpr Status TEXT_E_CHECKSUM = 57;    // the checksum line is cut short or does not match
 

@@ -1,8 +1,10 @@
 // Message digests: the abstract class, the registry and the one-shot call.
 //
 //   cHashAlg* hash;
-//   if (createHash(&hash, 0x80) == CRYPT_OK && hash != nullptr) { ... hashBuffer(hash, output, data, size);
-//   destroyHash(hash); }
+//   if (createHash(&hash, 0x80) == CRYPT_OK && hash != nullptr) {
+//       if (hashBuffer(hash, output, data, size) == CRYPT_OK) ...
+//       destroyHash(hash);
+//   }
 //
 // An object is used by one thread at a time; the registry is read-only. After `final` an object is reset before reuse.
 #pragma once

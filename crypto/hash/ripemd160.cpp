@@ -50,12 +50,12 @@ Sha1State runLine(Sha1State v, const std::uint8_t* block)
     // Step I finds a, b, c, d, e from index -I on: the words stay, their roles move.
     unroll<80>([&]<std::uint32_t I>() __attribute__((always_inline)) {
         constexpr std::uint32_t ROUND = I / 16;
+        constexpr std::uint32_t FUNCTION = LINE == LEFT ? ROUND : 4 - ROUND;
         constexpr std::uint32_t WORD = messageWord(LINE, I);
         std::uint32_t& a = v[(80 - I) % 5];
         std::uint32_t& c = v[(82 - I) % 5];
-        a += mixWords < LINE == LEFT ? ROUND
-                                     : 4 - ROUND > (v[(81 - I) % 5], c, v[(83 - I) % 5]) + load32le(block + 4 * WORD) +
-                                                       CONSTANTS[LINE][ROUND];
+        a += mixWords<FUNCTION>(v[(81 - I) % 5], c, v[(83 - I) % 5]) + load32le(block + 4 * WORD) +
+             CONSTANTS[LINE][ROUND];
         a = std::rotl(a, SHIFTS[ROUND][WORD]) + v[(84 - I) % 5];
         c = std::rotl(c, 10);
     });

@@ -12,9 +12,11 @@ namespace toolbelt {
 void sha512Compress(Sha512State& state, const std::uint8_t* blocks, std::uint32_t count)
 {
     std::uint64_t w[16]; // the last 16 words of the schedule, in a ring
+    Sha512State v;
     const WipeOnExit wipeSchedule(w);
+    const WipeOnExit wipeWords(v);
     for (; count != 0; --count, blocks += 128) {
-        Sha512State v = state;
+        v = state;
         for (std::uint32_t step = 0; step < 80; step += 16) {
             const std::uint64_t* constants = &SHA512_CONSTANTS[step];
             // Step I finds a, b, ... h from index -I on: the words stay, their roles move.

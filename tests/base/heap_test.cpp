@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include <gtest/gtest.h>
 #include <gtest/gtest-spi.h>
+#include <gtest/gtest.h>
 
 #include "tests/support/test_heap.h"
 
@@ -64,6 +64,14 @@ TEST(Heap, TestHeapNoticesLeaksAndUnwipedSecrets)
             heap::releaseSecret(block, 15); // leaves the last byte as it was
         },
         "without being wiped");
+    EXPECT_NONFATAL_FAILURE(
+        {
+            test::TestHeap heap;
+            void* block = heap::globalAllocate(16);
+            wipe(block, 16);
+            heap::release(block); // wiped, but given to the other heap
+        },
+        "the other heap");
     EXPECT_NONFATAL_FAILURE(
         {
             test::TestHeap heap;

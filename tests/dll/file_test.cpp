@@ -28,7 +28,8 @@ public:
         std::FILE* file = _wfopen(path.c_str(), L"rb");
         if (!file) return;
         char chunk[65536];
-        for (std::size_t n; (n = std::fread(chunk, 1, sizeof chunk, file)) > 0;) bytes_.insert(bytes_.end(), chunk, chunk + n);
+        for (std::size_t n; (n = std::fread(chunk, 1, sizeof chunk, file)) > 0;)
+            bytes_.insert(bytes_.end(), chunk, chunk + n);
         std::fclose(file);
     }
     bool read() const { return bytes_.size() > 4096; }
@@ -44,7 +45,8 @@ public:
         const IMAGE_SECTION_HEADER* section = IMAGE_FIRST_SECTION(&headers());
         for (int i = 0; i < headers().FileHeader.NumberOfSections; ++i, ++section)
             if (address >= section->VirtualAddress && address < section->VirtualAddress + section->SizeOfRawData)
-                return reinterpret_cast<const T*>(bytes_.data() + section->PointerToRawData + (address - section->VirtualAddress));
+                return reinterpret_cast<const T*>(bytes_.data() + section->PointerToRawData +
+                                                  (address - section->VirtualAddress));
         return nullptr;
     }
 
@@ -71,7 +73,8 @@ TEST(DllFile, ImportsOnlySystemLibraries)
 {
     const PeFile file(dllPath());
     ASSERT_TRUE(file.read());
-    const std::set<std::string> system = {"kernel32.dll", "msvcrt.dll", "user32.dll", "gdi32.dll", "advapi32.dll", "shell32.dll"};
+    const std::set<std::string> system = {"kernel32.dll", "msvcrt.dll",   "user32.dll",
+                                          "gdi32.dll",    "advapi32.dll", "shell32.dll"};
     const auto* import = file.at<IMAGE_IMPORT_DESCRIPTOR>(file.directory(IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
     ASSERT_NE(import, nullptr);
     int count = 0;
@@ -117,7 +120,8 @@ TEST(DllFile, SaysItsVersion)
                   HIWORD(fixed->dwFileVersionLS));
     EXPECT_STREQ(version, TOOLBELT_VERSION);
     wchar_t* text = nullptr;
-    ASSERT_TRUE(VerQueryValueW(block.data(), L"\\StringFileInfo\\040904B0\\ProductName", reinterpret_cast<void**>(&text), &size));
+    ASSERT_TRUE(VerQueryValueW(block.data(), L"\\StringFileInfo\\040904B0\\ProductName",
+                               reinterpret_cast<void**>(&text), &size));
     EXPECT_STREQ(text, L"Toolbelt");
 }
 

@@ -21,7 +21,8 @@ std::vector<std::uint8_t> readFile(const std::string& name)
     EXPECT_NE(file, nullptr) << name;
     if (!file) return bytes;
     char chunk[65536];
-    for (std::size_t n; (n = std::fread(chunk, 1, sizeof chunk, file)) > 0;) bytes.insert(bytes.end(), chunk, chunk + n);
+    for (std::size_t n; (n = std::fread(chunk, 1, sizeof chunk, file)) > 0;)
+        bytes.insert(bytes.end(), chunk, chunk + n);
     std::fclose(file);
     return bytes;
 }

@@ -161,7 +161,7 @@ TEST(HashLength, OneHugeUpdateIsCountedAndCutRight)
     using State = std::array<std::uint32_t, 1>;
     constexpr std::uint32_t SIZE = 0x20000005;
     const std::unique_ptr<void, void (*)(void*)> memory(std::calloc(SIZE, 1), std::free);
-    ASSERT_NE(memory, nullptr);
+    ASSERT_NE(memory, nullptr) << "this machine has no 512 MiB in one piece for the test";
     const auto* data = static_cast<const std::uint8_t*>(memory.get());
     Compress<State>* const countBlocks = [](State& state, const std::uint8_t*, std::uint32_t count) {
         state[0] += count;

@@ -13,7 +13,13 @@ namespace {
 struct State
 {
     std::mutex mutex; // key generation allocates from several threads
-    std::map<void*, std::size_t> blocks;
+    struct Block
+    {
+        std::size_t size;
+        bool global;
+    };
+    std::map<void*, Block> blocks;
+    std::uint32_t globalBlocks = 0;
     std::uint32_t allocations = 0;
     std::uint32_t failAt = 0;
     bool onwards = false;
@@ -21,28 +27,31 @@ struct State
     std::uint32_t secretsReleased = 0;
     std::uint32_t unwiped = 0;
     std::uint32_t unknown = 0;
+    std::uint32_t misplaced = 0;
 };
 
 State* state = nullptr;
 const heap::Backend* previous = nullptr;
 
-void* allocate(std::size_t size, bool) noexcept
+void* allocate(std::size_t size, bool global) noexcept
 {
     const std::lock_guard lock(state->mutex);
     ++state->allocations;
-    if (state->failAt != 0 && (state->allocations == state->failAt || (state->onwards && state->allocations > state->failAt))) {
+    if (state->failAt != 0 &&
+        (state->allocations == state->failAt || (state->onwards && state->allocations > state->failAt))) {
         state->failed = true;
         return nullptr;
     }
     void* block = std::malloc(size ? size : 1);
     if (block) {
         std::memset(block, 0xA5, size); // contents are undefined: make it show
-        state->blocks[block] = size;
+        state->blocks[block] = {size, global};
+        state->globalBlocks += global;
     }
     return block;
 }
 
-void release(void* block, std::size_t secretSize, bool) noexcept
+void release(void* block, std::size_t secretSize, bool global) noexcept
 {
     const std::lock_guard lock(state->mutex);
     const auto found = state->blocks.find(block);
@@ -50,11 +59,13 @@ void release(void* block, std::size_t secretSize, bool) noexcept
         ++state->unknown;
         return;
     }
-    // A secret block is wiped over all that was asked for, not over a part of it.
-    if (secretSize != 0) {
+    if (found->second.global != global) ++state->misplaced;
+    // A secret block is wiped over all that was asked for, not over a part of it. What lies on the global heap is
+    // always one: it may hold decoded keys.
+    if (secretSize != 0 || found->second.global) {
         ++state->secretsReleased;
         const auto* bytes = static_cast<const std::uint8_t*>(block);
-        for (std::size_t i = 0; i < found->second; ++i)
+        for (std::size_t i = 0; i < found->second.size; ++i)
             if (bytes[i] != 0) {
                 ++state->unwiped;
                 break;
@@ -81,7 +92,8 @@ TestHeap::~TestHeap()
     EXPECT_EQ(state->blocks.size(), 0u) << "blocks were not released";
     EXPECT_EQ(state->unwiped, 0u) << "blocks were released as secrets without being wiped over their whole size";
     EXPECT_EQ(state->unknown, 0u) << "blocks were released twice or never allocated";
-    for (const auto& [block, size] : state->blocks) std::free(block);
+    EXPECT_EQ(state->misplaced, 0u) << "blocks went back to the other heap";
+    for (const auto& [block, what] : state->blocks) std::free(block);
     delete state;
     state = nullptr;
 }
@@ -95,9 +107,25 @@ void TestHeap::failAt(std::uint32_t n, bool onwards)
     state->failed = false;
 }
 
-bool TestHeap::failed() const { return state->failed; }
-std::uint32_t TestHeap::allocations() const { return state->allocations; }
-std::uint32_t TestHeap::held() const { return static_cast<std::uint32_t>(state->blocks.size()); }
-std::uint32_t TestHeap::secretsReleased() const { return state->secretsReleased; }
+bool TestHeap::failed() const
+{
+    return state->failed;
+}
+std::uint32_t TestHeap::allocations() const
+{
+    return state->allocations;
+}
+std::uint32_t TestHeap::held() const
+{
+    return static_cast<std::uint32_t>(state->blocks.size());
+}
+std::uint32_t TestHeap::globalBlocks() const
+{
+    return state->globalBlocks;
+}
+std::uint32_t TestHeap::secretsReleased() const
+{
+    return state->secretsReleased;
+}
 
 } // namespace toolbelt::test

@@ -1,6 +1,8 @@
-// Backends for the library's door to memory: a heap that fails on purpose, that checks that secrets were wiped, and that
-// counts what is still held. Put one on the stack around the operation under test.
+// Backends for the library's door to memory: a heap that fails on purpose, that checks that secrets were wiped, and
+// that counts what is still held. Put one on the stack around the operation under test.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <cstdint>
 
@@ -24,20 +26,26 @@ public:
     bool failed() const;
     // Allocations since the heap was put in place or failAt was called.
     std::uint32_t allocations() const;
+    // Blocks taken from the system's global heap so far.
+    std::uint32_t globalBlocks() const;
     // Blocks held now, and blocks that were released wiped so far.
     std::uint32_t held() const;
     std::uint32_t secretsReleased() const;
 };
 
-// Runs operation() with the first, second, ... allocation failing until it runs without a failure, and again with all
-// from there on failing. operation gets `failed`: whether an allocation will fail; it checks its own statuses and outputs.
-// Returns the number of failures injected.
+// Runs operation(heap) with the first, second, ... allocation failing until it runs without a failure, and again with
+// all from there on failing. The operation asks heap.failed() what it must expect, and checks its own statuses and
+// outputs. Returns the number of failures injected; reaching the limit fails the test.
 template <typename Operation>
 std::uint32_t forEachFailingAllocation(Operation operation, std::uint32_t limit = 10000)
 {
     std::uint32_t injected = 0;
     for (const bool onwards : {false, true}) {
-        for (std::uint32_t n = 1; n < limit; ++n) {
+        for (std::uint32_t n = 1;; ++n) {
+            if (n == limit) {
+                ADD_FAILURE() << "still failing at allocation " << limit;
+                break;
+            }
             TestHeap heap;
             heap.failAt(n, onwards);
             operation(heap);

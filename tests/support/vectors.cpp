@@ -47,12 +47,15 @@ bool Record::has(std::string_view name) const
 
 const std::string& Record::get(std::string_view name) const
 {
-    for (const auto& entry : entries_)
-        if (entry.first == name) {
-            read_.insert(std::string(name));
-            return entry.second;
-        }
-    throw std::runtime_error(where + ": no " + std::string(name));
+    const std::string* value = nullptr;
+    for (const auto& entry : entries_) {
+        if (entry.first != name) continue;
+        if (value) throw std::runtime_error(where + ": more than one " + std::string(name));
+        value = &entry.second;
+    }
+    if (!value) throw std::runtime_error(where + ": no " + std::string(name));
+    read_.insert(std::string(name));
+    return *value;
 }
 
 std::vector<std::string> Record::list(std::string_view name) const
@@ -66,7 +69,10 @@ std::vector<std::string> Record::list(std::string_view name) const
 
 std::uint32_t Record::number(std::string_view name) const
 {
-    return static_cast<std::uint32_t>(std::stoul(get(name)));
+    const std::string& text = get(name);
+    if (text.empty() || text.size() > 9 || text.find_first_not_of("0123456789") != std::string::npos)
+        throw std::runtime_error(where + ": not a decimal number: " + text);
+    return static_cast<std::uint32_t>(std::stoul(text));
 }
 
 Bytes Record::message(std::string_view name) const
@@ -102,7 +108,8 @@ Bytes readVectorFile(const std::string& name)
     if (!file) throw std::runtime_error("cannot read " + path);
     Bytes bytes;
     std::uint8_t chunk[65536];
-    for (std::size_t n; (n = std::fread(chunk, 1, sizeof chunk, file.get())) > 0;) bytes.insert(bytes.end(), chunk, chunk + n);
+    for (std::size_t n; (n = std::fread(chunk, 1, sizeof chunk, file.get())) > 0;)
+        bytes.insert(bytes.end(), chunk, chunk + n);
     return bytes;
 }
 

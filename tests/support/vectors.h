@@ -1,6 +1,6 @@
 // The reader of tests/vectors: records of `name = value` lines, separated by blank lines; # starts a comment line.
-// A test that reads a file fails when the file is missing or empty, when a record lacks a name it asks for, and, by
-// expectAllRead, when a record holds a name that no one asked for and that is not a remark.
+// A test that reads a file fails when the file is missing or empty, or when a record lacks a name it asks for or has it
+// twice. It asserts that unread() is empty, so that a name that no one asked for, and that is no remark, fails it too.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +18,10 @@ using Bytes = std::vector<std::uint8_t>;
 // Lower- or upper-case hexadecimal, two digits a byte. Anything else throws.
 Bytes fromHex(std::string_view hex);
 std::string toHex(const void* bytes, std::size_t size);
-inline std::string toHex(const Bytes& bytes) { return toHex(bytes.data(), bytes.size()); }
+inline std::string toHex(const Bytes& bytes)
+{
+    return toHex(bytes.data(), bytes.size());
+}
 
 class Record
 {

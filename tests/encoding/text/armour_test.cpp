@@ -110,6 +110,12 @@ TEST(Armour, Decodes)
     EXPECT_EQ(decodeArmouredInto(output, &size, text.data(), length, BEGIN, END), STATUS_OK);
     EXPECT_EQ(std::string(output, output + size), "abc");
 
+    EXPECT_EQ(decodeArmouredInto(output, &size, "YWJj", 4, BEGIN, END), TEXT_E_MALFORMED);
+    const std::string cut = std::string(BEGIN) + "\r\n\r\nYWJj\r\n=tw\r\n" + END;
+    EXPECT_EQ(decodeArmouredInto(output, &size, cut.data(), static_cast<std::uint32_t>(cut.size()), BEGIN, END),
+              TEXT_E_CHECKSUM);
+    EXPECT_FALSE(decodeArmoured(buffer, nullptr, 0, BEGIN, END) || base64DecodeToBuffer(buffer, nullptr));
+
     // Plain text takes the buffer's place as soon as it has a size.
     for (const char* sizeless : {"", "=twTO", "Y===", "YWI"}) EXPECT_FALSE(base64DecodeToBuffer(buffer, sizeless));
     EXPECT_EQ(contents(buffer), "abc");

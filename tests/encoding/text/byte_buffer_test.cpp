@@ -39,6 +39,7 @@ TEST(ByteBuffer, KeepsWhatIsInUseAndNeverShowsOldBytes)
     ASSERT_TRUE(other.allocate(4));
     EXPECT_EQ(contents(other), "\0\0\0\0"sv);
     EXPECT_TRUE(other.capacity() == 4 && other.allocate(0) && other.data() == nullptr);
+    EXPECT_EQ(heap.globalBlocks(), heap.allocations()) << "every block is the system's global heap's";
 }
 
 TEST(ByteBuffer, OutOfMemoryChangesNothing)
