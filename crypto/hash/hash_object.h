@@ -24,6 +24,7 @@ enum class Release
 template <typename Context>
 [[nodiscard]] Status allocateContext(Context** context)
 {
+    static_assert(alignof(Context) <= 8, "the heap aligns no further");
     *context = static_cast<Context*>(heap::allocate(sizeof(Context)));
     return *context != nullptr ? CRYPT_OK : CRYPT_E_CONTEXT_ALLOC;
 }

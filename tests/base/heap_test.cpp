@@ -68,10 +68,18 @@ TEST(Heap, TestHeapNoticesLeaksAndUnwipedSecrets)
         {
             test::TestHeap heap;
             void* block = heap::globalAllocate(16);
-            wipe(block, 16);
-            heap::release(block); // wiped, but given to the other heap
+            heap::releaseSecret(block, 16); // the plain heap's
         },
         "the other heap");
+    EXPECT_NONFATAL_FAILURE(
+        {
+            test::TestHeap heap;
+            void* block = heap::globalAllocate(16);
+            heap::globalReleaseSecret(block, 0); // as if it held nothing
+        },
+        "not released as secrets");
+    EXPECT_NONFATAL_FAILURE(
+        test::forEachFailingAllocation([](test::TestHeap&) { heap::release(heap::allocate(1)); }, 2), "still failing");
     EXPECT_NONFATAL_FAILURE(
         {
             test::TestHeap heap;

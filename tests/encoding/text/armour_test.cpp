@@ -143,6 +143,9 @@ TEST(Armour, EncodesBehindWhatIsThereAndProvesIt)
     EXPECT_FALSE(encodeToBuffer(buffer, abc, 3, nullptr, nullptr, nullptr, swapped.c_str(), 3));
     EXPECT_FALSE(encodeToBuffer(buffer, nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0));
     EXPECT_EQ(contents(buffer), "<YWKj=twTO\r\n");
+    buffer.truncate(1);
+    EXPECT_FALSE(encodeToBuffer(buffer, abc, 3, BEGIN, nullptr, nullptr, nullptr, 3)) << "one line counts as none";
+    EXPECT_EQ(contents(buffer), "<YWJj");
 
     const auto length = static_cast<std::uint32_t>(block.size());
     EXPECT_FALSE(armouredEquals(block.data(), length, abc + 1, 3, BEGIN, END));
