@@ -88,7 +88,7 @@ struct AlgorithmIdentifier
 {
     DerElement element;
     OidRecord oid;
-    DerElement parameters; // content null when there are none
+    DerElement parameters; // content null when there are none; in an indefinite element its end may stand here
     const OidRow* row = nullptr;
 };
 

@@ -47,7 +47,7 @@ Status formatOid(char (&text)[DER_OID_TEXT_SIZE], const std::uint8_t* octets, st
         if (end - output >= OID_TEXT_FULL) return DER_E_LIMIT;
         *end++ = '.';
         const std::to_chars_result written = std::to_chars(end, last, static_cast<std::int32_t>(arc));
-        if (written.ec != std::errc()) return DER_E_LIMIT; // a long component behind 245 characters
+        if (written.ec != std::errc()) return DER_E_LIMIT; // the text does not fit
         end = written.ptr;
     }
     *end = '\0';

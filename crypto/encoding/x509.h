@@ -52,10 +52,10 @@ struct CertificateInfo
                                           std::uint32_t* valueLength);
 
 // The three readers below clear their outputs first and leave them so on failure; an extension that breaks a rule of
-// its own gives DER_E_LIMIT.
+// its own gives DER_E_LIMIT, one whose elements are not what they should be the DER reader's statuses.
 
 // isCa receives the BOOLEAN's octet, which must be there even when it says no: the empty SEQUENCE that other programs
-// write for "no" gives DER_E_LENGTH, with isCa 0. pathLength is -1 when there is none. One of five octets or more gives
+// write for "no" gives DER_E_LENGTH, with isCa 0. pathLength is -1 when there is none. One that does not fit gives
 // STATUS_BUFFER_TOO_SMALL, with isCa set and pathLength made from its first four octets.
 [[nodiscard]] TB_API Status readBasicConstraints(const CertificateInfo& certificate, std::uint8_t* isCa,
                                                  std::int32_t* pathLength);
@@ -72,9 +72,10 @@ struct CertificateInfo
 
 // Hashes the signed part with the digest of that registry id (normally the one of signatureAlgorithm.row) and verifies
 // the signature with the certificate's own key. *result (optional) is 1 for a valid signature and 0 otherwise, beside
-// the status: that of readPublicKeyFromInfo when there is no usable key, of createHash when there is no such digest,
-// DER_E_MEMORY, or that of the key's verifyDer. To check a certificate that another one signed, hash tbs and give the
-// whole signatureValue element, from its start over its total length, to verifyDer of the issuer's key.
+// the status: that of readPublicKeyFromInfo when there is no usable key, which is judged first, of createHash when
+// there is no such digest, DER_E_MEMORY, or that of the key's verifyDer. To check a certificate that another one
+// signed, hash tbs and give the whole signatureValue element, from its start over its total length, to verifyDer of the
+// issuer's key.
 [[nodiscard]] TB_API Status verifyCertificateSignature(const CertificateInfo& certificate, std::int32_t digestId,
                                                        std::int32_t* result);
 

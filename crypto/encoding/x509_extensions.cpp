@@ -153,6 +153,8 @@ Status readBasicConstraints(const CertificateInfo& certificate, std::uint8_t* is
         overflow = readSmallInteger(integer, &number);
         if (overflow == STATUS_OK && inside.available != 0) return DER_E_LIMIT;
         length = static_cast<std::int32_t>(number);
+        // A length that would show as negative must not pass for "none".
+        if (length < 0) overflow = STATUS_BUFFER_TOO_SMALL;
     }
     *isCa = ca.content[0];
     *pathLength = length;

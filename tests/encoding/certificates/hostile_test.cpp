@@ -15,7 +15,9 @@ TEST(HostileCertificates, NoPrefixIsRead)
         const Bytes whole = certificate(file);
         for (std::size_t n = 0; n < whole.size(); ++n) {
             const Bytes cut(whole.data(), whole.data() + n);
-            ASSERT_NE(readCertificate(info, cut.data(), sizeOf(cut)), STATUS_OK) << file << " " << n;
+            // What is cut short runs past its data; an empty block has an address all the same.
+            const std::uint8_t* const data = n != 0 ? cut.data() : whole.data();
+            ASSERT_EQ(readCertificate(info, data, sizeOf(cut)), DER_E_LENGTH) << file << " " << n;
             ASSERT_TRUE(!info.tbs.start && !info.issuer.head && !info.signature.oid.text) << "a failed record is empty";
         }
         // The same inside a signed part whose own length is right: whole parts are all that is taken.
