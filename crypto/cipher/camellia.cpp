@@ -90,10 +90,11 @@ void applyInverseFL(Half& y, const Half& k)
 // One half of a 128-bit value rotated left.
 Half rotatedHalf(const Half (&value)[2], std::uint32_t by, std::uint32_t half)
 {
-    const std::uint32_t words[4] = {value[0].left, value[0].right, value[1].left, value[1].right};
     const std::uint32_t first = by / 32 + 2 * half, bits = by % 32; // bits is never 0 where by is not
     const auto word = [&](std::uint32_t i) {
-        const std::uint32_t high = words[i % 4], low = words[(i + 1) % 4];
+        // Read in place: a copy of the key's words would stay on the stack.
+        const Half &h = value[i / 2 % 2], &next = value[(i + 1) / 2 % 2];
+        const std::uint32_t high = i % 2 == 0 ? h.left : h.right, low = i % 2 == 0 ? next.right : next.left;
         return bits == 0 ? high : high << bits | low >> (32 - bits);
     };
     return {word(first), word(first + 1)};

@@ -124,8 +124,8 @@ TEST(CipherContract, ModesAreTheModels)
         }
         EXPECT_NE(outputs[SYM_MODE_CBC], outputs[SYM_MODE_CBC_WORDSWAP]);
         s.cipher->setMode(77); // any other number is CBC
-        EXPECT_EQ(chained(*s.cipher, false, iv, outputs[SYM_MODE_CBC]), chained(*s.cipher, false, iv, outputs[0]));
-        EXPECT_EQ(chained(*s.cipher, true, iv, chained(*s.cipher, false, iv, outputs[0])), outputs[0]);
+        const Bytes plain = randomBytes(3 * s.blockSize, 18);
+        EXPECT_EQ(chained(*s.cipher, true, iv, plain), modelEncrypt(*s.cipher, SYM_MODE_CBC, iv, plain));
     });
 }
 
