@@ -92,15 +92,14 @@ void diffuseWords(Value& v)
     mixWords(v);
 }
 
-// A by itself.
-Value diffuse(Value v)
+// A by itself. Like rotateRight it writes where the round key belongs: a value returned would stay on the stack.
+void diffuse(Value& v)
 {
     for (std::uint32_t& w : v.w) {
         const std::uint32_t pairs = w ^ std::rotl(w, 8);
         w ^= pairs ^ std::rotl(pairs, 16); // each byte: the sum of the four, less itself
     }
     diffuseWords(v);
-    return v;
 }
 
 // A round: v = A(SL(v ^ key)).
@@ -131,15 +130,13 @@ void transformBlock(const Value* keys, std::uint32_t rounds, const std::uint8_t*
     }
 }
 
-// by is not a multiple of 32.
-Value rotateRight(const Value& v, std::uint32_t by)
+// by is not a multiple of 32; rotated is not v.
+void rotateRight(Value& rotated, const Value& v, std::uint32_t by)
 {
-    Value rotated;
     for (std::uint32_t i = 0; i < 4; ++i) {
         const std::uint32_t low = v.w[(i - by / 32) % 4], high = v.w[(i - by / 32 - 1) % 4];
         rotated.w[i] = low >> by % 32 | high << (32 - by % 32);
     }
-    return rotated;
 }
 
 // keyLength is 16, 24 or 32.
@@ -165,13 +162,13 @@ void expandKey(ARIASchedule& schedule, const std::uint8_t* key, std::uint32_t ke
     constexpr std::uint32_t rotations[5] = {19, 31, 128 - 61, 128 - 31, 128 - 19};
     Value* ek = schedule.encryption;
     for (std::uint32_t i = 0; i <= schedule.rounds; ++i) {
-        ek[i] = rotateRight(W[(i + 1) % 4], rotations[i / 4]);
+        rotateRight(ek[i], W[(i + 1) % 4], rotations[i / 4]);
         ek[i] ^= W[i % 4];
     }
     Value* dk = schedule.decryption;
     for (std::uint32_t i = 0; i <= schedule.rounds; ++i) {
-        const Value& mirrored = ek[schedule.rounds - i];
-        dk[i] = i == 0 || i == schedule.rounds ? mirrored : diffuse(mirrored);
+        dk[i] = ek[schedule.rounds - i];
+        if (i != 0 && i != schedule.rounds) diffuse(dk[i]);
     }
 }
 

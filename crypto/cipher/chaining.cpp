@@ -41,18 +41,22 @@ void xorBytes(std::uint8_t* out, const std::uint8_t* a, const std::uint8_t* b, s
     for (; i < size; ++i) out[i] = a[i] ^ b[i];
 }
 
-// Reverses the bytes of each 32-bit word; a block size that is not a multiple of 4 leaves its last bytes as they are.
-void swapWords(std::uint8_t* bytes, std::uint32_t size)
+// Reverses the bytes of each 32-bit word of each block; the last bytes of a block size that is not a multiple of 4 stay
+// as they are.
+void swapWords(std::uint8_t* blocks, std::uint32_t size, std::uint32_t blockSize)
 {
-    for (std::uint32_t i = 0; i + 4 <= size; i += 4) store32be(bytes + i, load32le(bytes + i));
+    for (; size != 0; blocks += blockSize, size -= blockSize)
+        for (std::uint32_t i = 0; i + 4 <= blockSize; i += 4) store32be(blocks + i, load32le(blocks + i));
 }
 
-// What both directions of CBC check before anything else.
+// What both directions of CBC check before anything else. A block that no length can hold is refused as well: two of
+// them would not fit 32 bits.
 Status checkCbc(const cSymAlg& cipher, std::int32_t length, std::uint32_t* blockSize)
 {
     std::uint32_t keySize = 0;
     if (cipher.getSizes(blockSize, &keySize) == 0) return CRYPT_E_NO_SIZES;
-    if (*blockSize == 0 || length < 0 || static_cast<std::uint32_t>(length) % *blockSize != 0)
+    if (*blockSize == 0 || *blockSize > 0x7FFFFFFF || length < 0 ||
+        static_cast<std::uint32_t>(length) % *blockSize != 0)
         return CRYPT_E_BAD_LENGTH;
     return CRYPT_OK;
 }
@@ -100,9 +104,9 @@ Status cSymAlg::cbcEncrypt(cSymAlg* cipher, const std::uint8_t* iv, const std::u
     loadIv(chain.data(), iv, blockSize);
     for (std::uint32_t left = static_cast<std::uint32_t>(length); left != 0; left -= blockSize) {
         xorBytes(chain.data(), chain.data(), in, blockSize);
-        if constexpr (WORDSWAP) swapWords(chain.data(), blockSize);
+        if constexpr (WORDSWAP) swapWords(chain.data(), blockSize, blockSize);
         static_cast<void>(cipher->encryptBlocks(chain.data(), out, asLength(blockSize)));
-        if constexpr (WORDSWAP) swapWords(out, blockSize);
+        if constexpr (WORDSWAP) swapWords(out, blockSize, blockSize);
         std::memcpy(chain.data(), out, blockSize);
         in += blockSize;
         out += blockSize;
@@ -119,7 +123,7 @@ Status cSymAlg::cbcDecrypt(cSymAlg* cipher, const std::uint8_t* iv, const std::u
     std::uint32_t left = static_cast<std::uint32_t>(length);
     const std::uint32_t batch = std::min(batchSize(blockSize), std::max(left, blockSize));
     // The block before the batch, and behind it the batch: together the ciphertext that the decrypted blocks are XORed
-    // with, kept here because out may be in.
+    // with, kept here because out may be in. The batch is one block or at most BATCH bytes, so the sum fits.
     SecretBytes saved(blockSize + batch);
     if (!saved) return CRYPT_E_NO_MEMORY;
     loadIv(saved.data(), iv, blockSize);
@@ -128,9 +132,9 @@ Status cSymAlg::cbcDecrypt(cSymAlg* cipher, const std::uint8_t* iv, const std::u
         std::memcpy(saved.data() + blockSize, in, size);
         if constexpr (WORDSWAP) {
             std::memcpy(out, saved.data() + blockSize, size);
-            swapWords(out, size);
+            swapWords(out, size, blockSize);
             static_cast<void>(cipher->decryptBlocks(out, out, asLength(size)));
-            swapWords(out, size);
+            swapWords(out, size, blockSize);
         } else {
             static_cast<void>(cipher->decryptBlocks(saved.data() + blockSize, out, asLength(size)));
         }

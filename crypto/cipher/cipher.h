@@ -60,8 +60,8 @@ public:
 protected:
     cSymAlg() noexcept;
 
-    // The order of the fields is fixed. The register and its copy are one block each, allocated on the first use of
-    // CFB.
+    // The order of the fields down to littleEndianBlocks is fixed. The register and its copy are one block each,
+    // allocated on the first use of CFB.
     std::uint8_t* cfbRegister = nullptr;
     std::uint8_t* cfbPrevious = nullptr; // the register as it was before its last encryption
     std::uint32_t cfbPosition = 0;       // next byte of the register to use
@@ -75,7 +75,8 @@ protected:
     bool littleEndianBlocks = false;
 
 private:
-    std::uint32_t cfbSize_ = 0; // bytes to wipe in the register and its copy
+    // Not one of the fixed fields, and so behind them all: how many bytes to wipe in the register and its copy.
+    std::uint32_t cfbSize_ = 0;
 
     template <bool WORDSWAP>
     static Status cbcEncrypt(cSymAlg*, const std::uint8_t*, const std::uint8_t*, std::uint8_t*, std::int32_t);

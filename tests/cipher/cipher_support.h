@@ -61,7 +61,7 @@ inline Bytes modelEncrypt(cSymAlg& cipher, std::uint32_t mode, Bytes chain, cons
 {
     const std::size_t size = chain.size();
     const auto swapped = [&](Bytes block) {
-        for (std::size_t i = 0; mode == SYM_MODE_CBC_WORDSWAP && i < size; ++i) {
+        for (std::size_t i = 0; mode == SYM_MODE_CBC_WORDSWAP && i < size / 4 * 4; ++i) {
             const std::size_t mirror = i / 4 * 4 + 3 - i % 4;
             if (i < mirror) std::swap(block[i], block[mirror]);
         }
