@@ -6,22 +6,22 @@
 
 #include "crypto/encoding/armour.h"
 #include "crypto/encoding/der_cursor.h"
+#include "crypto/pka/dsa.h"
+#include "crypto/pka/elgamal.h"
+#include "crypto/pka/public_key_info.h"
 
 namespace toolbelt {
 namespace {
 
-// Codes of RFC 4880, section 9.1, for RSA keys that are marked for one use.
+// Codes of RFC 4880, section 9.1, for keys that are marked for one use.
 constexpr std::uint8_t RSA_ENCRYPT_ONLY = 2;
 constexpr std::uint8_t RSA_SIGN_ONLY = 3;
+constexpr std::uint8_t ELGAMAL_ENCRYPT_ONLY = 16;
 
 Status readInfo(SubjectPublicKeyInfo& info, DerCursor& input)
 {
     if (const Status status = takeElement(info.element, input, DER_SEQUENCE)) return status;
-    DerCursor inside = contentOf(info.element);
-    if (const Status status =
-            readAlgorithmIdentifier(info.algorithm, inside.data, inside.available, &inside.data, &inside.available))
-        return status;
-    return readBitString(info.key, inside.data, inside.available);
+    return readPublicKeyInfoParts(info.algorithm, info.key, info.element);
 }
 
 // Whatever is wrong with the key, the caller hears that it could not be read.
@@ -35,12 +35,39 @@ Status publicRsaFromInfo(cPKA** key, const SubjectPublicKeyInfo& info)
     return STATUS_OK;
 }
 
+// An object over the record that the importer reads from the parameters and the key.
+template <typename Record>
+Status fromParts(cPKA** key, const SubjectPublicKeyInfo& info,
+                 Status (*import)(Record**, const DerElement& parameters, const DerElement& bits),
+                 cPKA* (*make)(std::unique_ptr<Record>))
+{
+    Record* record = nullptr;
+    if (const Status status = import(&record, info.algorithm.parameters, info.key.element)) return status;
+    cPKA* const object = make(std::unique_ptr<Record>(record));
+    if (!object) return DER_E_MEMORY;
+    *key = object;
+    return STATUS_OK;
+}
+
+Status publicDsaFromInfo(cPKA** key, const SubjectPublicKeyInfo& info)
+{
+    return fromParts<DsaKey>(key, info, importDsaPublicInfo, newPublicDsa);
+}
+
+Status publicElgamalFromInfo(cPKA** key, const SubjectPublicKeyInfo& info)
+{
+    return fromParts<ElgamalKey>(key, info, importElgamalPublicInfo, newPublicElgamal);
+}
+
 } // namespace
 
 const KeyReaderRow keyReaders[KEY_READER_COUNT] = {
     {PKA_RSA, newPublicRsa, publicRsaFromInfo},
     {RSA_ENCRYPT_ONLY, newPublicRsa, publicRsaFromInfo},
     {RSA_SIGN_ONLY, newPublicRsa, publicRsaFromInfo},
+    {PKA_DSA, newPublicDsa, publicDsaFromInfo},
+    {ELGAMAL_ENCRYPT_ONLY, newPublicElgamal, publicElgamalFromInfo},
+    {PKA_ELGAMAL, newPublicElgamal, publicElgamalFromInfo},
 };
 
 Status readSubjectPublicKeyInfo(SubjectPublicKeyInfo& info, const std::uint8_t* data, std::uint32_t available,

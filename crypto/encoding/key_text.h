@@ -27,7 +27,8 @@ struct SubjectPublicKeyInfo
                                                      std::uint32_t available, const std::uint8_t** rest = nullptr,
                                                      std::uint32_t* restLength = nullptr);
 // Builds the key object that the algorithm's code selects; the caller deletes it. *key is left alone on failure:
-// KEY_E_NO_READER when no class reads such keys, DER_E_MALFORMED when the key cannot be read.
+// KEY_E_NO_READER when no class reads such keys, DER_E_MALFORMED when the key cannot be read; of DSA and ElGamal keys
+// also DER_E_TAG when the parameters are no SEQUENCE, DER_E_NULL_PARAMETERS (DSA) and DER_E_MEMORY.
 [[nodiscard]] TB_API Status readPublicKeyFromInfo(cPKA** key, const SubjectPublicKeyInfo& info);
 // The whole path from a zero-terminated PEM text to a key object that the caller deletes; null when there is no
 // readable key. status (optional) says why: TEXT_E_MALFORMED when no armoured block can be decoded, or a status of the
@@ -47,7 +48,7 @@ struct KeyReaderRow
     Status (*fromInfo)(cPKA** key, const SubjectPublicKeyInfo& info);
 };
 
-inline constexpr std::uint32_t KEY_READER_COUNT = 3;
+inline constexpr std::uint32_t KEY_READER_COUNT = 6;
 // Searched from the last row to the first.
 extern TB_API const KeyReaderRow keyReaders[KEY_READER_COUNT];
 

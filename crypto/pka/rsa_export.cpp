@@ -1,58 +1,12 @@
 // RSA keys to bytes: blobs of prefixed numbers (RFC 4880), the DER forms of RFC 8017, appendix A.1, and ssh-rsa.
 #include <cstring>
-#include <initializer_list>
 
 #include "crypto/base/bytes.h"
+#include "crypto/pka/key_bytes.h"
 #include "crypto/pka/rsa_key.h"
 #include "crypto/pka/slot_buffers.h"
 
 namespace toolbelt {
-namespace {
-
-Status writePrefixed(std::initializer_list<const BigNum*> numbers, std::uint8_t* output, std::uint32_t* inOutSize)
-{
-    std::uint32_t needed = 0;
-    for (const BigNum* number : numbers) needed += bnPrefixedSize(*number);
-    if (!hasRoom(inOutSize, needed)) return STATUS_BUFFER_TOO_SMALL;
-    std::uint32_t offset = 0;
-    for (const BigNum* number : numbers)
-        if (!bnExportPrefixedAt(output, needed, offset, *number)) return PKA_E_RANGE;
-    *inOutSize = needed;
-    return STATUS_OK;
-}
-
-// A SEQUENCE of INTEGERs, the first of them, when asked for, the version 0.
-Status writeSequence(bool withVersion, std::initializer_list<const BigNum*> numbers, std::uint8_t* output,
-                     std::uint32_t* inOutSize)
-{
-    DerSmallInteger version;
-    DerElement sequence;
-    std::uint32_t contentLength = withVersion ? prepareSmallInteger(version, 0) : 0;
-    for (const BigNum* number : numbers) {
-        DerElement element;
-        contentLength += prepareBigNum(element, *number);
-    }
-    const std::uint32_t total = prepareElement(sequence, DER_CONSTRUCTED_SEQUENCE, contentLength);
-    if (total == 0) return PKA_E_HEADER;
-    if (!hasRoom(inOutSize, total)) return STATUS_BUFFER_TOO_SMALL;
-
-    std::uint32_t end = 0; // the SEQUENCE's: its offset moves behind the content at once
-    std::uint32_t offset = placeElement(sequence, output, total, &end);
-    if (offset == 0) return PKA_E_HEADER;
-    if (withVersion &&
-        (placeElement(version.element, output, total, &offset) == 0 || writeSmallInteger(version) != STATUS_OK))
-        return PKA_E_HEADER;
-    for (const BigNum* number : numbers) {
-        DerElement element;
-        if (prepareBigNum(element, *number) == 0 || placeElement(element, output, total, &offset) == 0 ||
-            writeBigNum(element, *number) != STATUS_OK)
-            return PKA_E_HEADER;
-    }
-    *inOutSize = total;
-    return STATUS_OK;
-}
-
-} // namespace
 
 Status exportRsaPublic(const RsaPublicKey& key, std::uint8_t* output, std::uint32_t* inOutSize)
 {

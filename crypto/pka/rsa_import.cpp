@@ -1,45 +1,18 @@
 // RSA keys from bytes: blobs of prefixed numbers (RFC 4880) and the DER forms of RFC 8017, appendix A.1.
-#include <initializer_list>
-
+#include "crypto/pka/key_bytes.h"
 #include "crypto/pka/pka.h"
 #include "crypto/pka/rsa_key.h"
 
 namespace toolbelt {
 namespace {
 
-bool tooLong(const BigNum& number)
-{
-    return bnBitLength(number) > PKA_MAX_KEY_BITS;
-}
-
 // An even modulus has no use in RSA, and would take the slow road of exponentiation. An even exponent has no inverse,
 // and 1 leaves every input as it is.
 bool usable(const BigNum& n, const BigNum& e)
 {
-    if (tooLong(n) || bnTestBit(n, 0) == 0 || bnCompareWord(n, 1) <= 0) return false;
+    if (isTooLong(n) || bnTestBit(n, 0) == 0 || bnCompareWord(n, 1) <= 0) return false;
     if (bnTestBit(e, 0) == 0 || bnCompareWord(e, 3) < 0) return false;
     return bnBitLength(e) <= (bnBitLength(n) > RSA_LONG_BITS ? RSA_LONG_KEY_EXPONENT_BITS : RSA_LONG_BITS);
-}
-
-bool readPrefixed(std::initializer_list<BigNum*> numbers, const std::uint8_t* blob, std::uint32_t length,
-                  std::uint32_t& offset)
-{
-    for (BigNum* number : numbers)
-        if (!bnImportPrefixedAt(*number, blob, length, offset)) return false;
-    return true;
-}
-
-bool isSequence(const DerElement& element)
-{
-    return (element.tag & 0x1F) == DER_SEQUENCE;
-}
-
-// Reads INTEGERs that must use up the bytes.
-bool readIntegers(std::initializer_list<BigNum*> numbers, const std::uint8_t* data, std::uint32_t available)
-{
-    for (BigNum* number : numbers)
-        if (readBigNum(*number, &data, &available) != STATUS_OK) return false;
-    return available == 0;
 }
 
 Status finishPublic(RsaPublicKey** key, RsaPublicOwner& record)
@@ -54,7 +27,7 @@ Status finishPublic(RsaPublicKey** key, RsaPublicOwner& record)
 Status finishPrivate(RsaPrivateKey** key, RsaPrivateOwner& record)
 {
     for (const BigNum* number : {record->n, record->e, record->d, record->p, record->q, record->qinv})
-        if (tooLong(*number)) return PKA_E_KEY;
+        if (isTooLong(*number)) return PKA_E_KEY;
     if (bnBitLength(*record->p) + bnBitLength(*record->q) > PKA_MAX_KEY_BITS + 1) return PKA_E_KEY;
     if (const Status status = completeRsaPrivate(*record)) return status;
     if (!usable(*record->n, *record->e)) return PKA_E_KEY;
@@ -108,18 +81,12 @@ Status importRsaPublicDer(RsaPublicKey** key, const DerElement& sequence)
 
 Status importRsaPrivateDer(RsaPrivateKey** key, const DerElement& sequence)
 {
-    if (!isSequence(sequence)) return PKA_E_KEY;
-    DerElement versionElement;
-    const std::uint8_t* rest = nullptr;
-    std::uint32_t restLength = 0, version = 0;
-    if (readInteger(versionElement, sequence.content, sequence.contentLength, &rest, &restLength) != STATUS_OK ||
-        versionElement.contentLength == 0 || readSmallInteger(versionElement, &version) != STATUS_OK || version != 0)
-        return PKA_E_KEY; // version 1 is a key of more than two primes
     RsaPrivateOwner record(newRsaPrivateKey());
     if (!record) return PKA_E_MEMORY;
-    // dp and dq are read to see that they are there; the completion computes them anew.
-    if (!readIntegers({record->n, record->e, record->d, record->p, record->q, record->dp, record->dq, record->qinv},
-                      rest, restLength))
+    // A version other than 0 is a key of more than two primes. dp and dq are read to see that they are there; the
+    // completion computes them anew.
+    if (!readVersionedSequence(
+            {record->n, record->e, record->d, record->p, record->q, record->dp, record->dq, record->qinv}, sequence))
         return PKA_E_KEY;
     return finishPrivate(key, record);
 }

@@ -1,8 +1,6 @@
 // cPrivateRSA. The slots differ in the order of their checks on purpose: callers ask for a length in either state.
-#include <new>
-#include <utility>
-
 #include "crypto/base/heap.h"
+#include "crypto/pka/key_object.h"
 #include "crypto/pka/pkcs1.h"
 #include "crypto/pka/rsa.h"
 #include "crypto/pka/slot_buffers.h"
@@ -121,35 +119,24 @@ Status cPrivateRSA::makePublic(cPKA** key)
     if (!half || bnCopy(*half->n, *record_->n) != STATUS_OK || bnCopy(*half->e, *record_->e) != STATUS_OK)
         return PKA_E_OBJECT;
     half->bits = record_->bits;
-    cPKA* made = newPublicRsa(std::move(half));
-    if (made == nullptr) return PKA_E_OBJECT;
-    *key = made;
-    return STATUS_OK;
+    return giveKey(key, newPublicRsa(std::move(half)), PKA_E_OBJECT);
 }
 
 cPKA* newPrivateRsa(RsaPrivateOwner record)
 {
-    if (!record) return nullptr;
-    cPKA* key = new (std::nothrow) cPrivateRSA(record.get());
-    if (key != nullptr) (void)record.release();
-    return key;
+    return newKeyObject<cPrivateRSA>(std::move(record));
 }
 
 cPKA* newPrivateRsa(const std::uint8_t* blob, std::uint32_t length)
 {
-    RsaPrivateKey* record = nullptr;
-    if (importRsaPrivateBlob(&record, blob, length) != STATUS_OK) return nullptr;
-    return newPrivateRsa(RsaPrivateOwner(record));
+    return newKeyFrom<cPrivateRSA, RsaPrivateOwner>(
+        [&](RsaPrivateKey** record) { return importRsaPrivateBlob(record, blob, length); });
 }
 
 Status newPrivateRsaFromDer(cPKA** key, const DerElement& sequence)
 {
-    RsaPrivateKey* record = nullptr;
-    if (importRsaPrivateDer(&record, sequence) != STATUS_OK) return PKA_E_IMPORT;
-    cPKA* made = newPrivateRsa(RsaPrivateOwner(record));
-    if (made == nullptr) return PKA_E_IMPORT;
-    *key = made;
-    return STATUS_OK;
+    const auto read = [&](RsaPrivateKey** record) { return importRsaPrivateDer(record, sequence); };
+    return giveKey(key, newKeyFrom<cPrivateRSA, RsaPrivateOwner>(read), PKA_E_IMPORT);
 }
 
 } // namespace toolbelt

@@ -1,6 +1,5 @@
 // cPublicRSA. The slots differ in the order of their checks on purpose: callers ask for a length in either state.
-#include <new>
-
+#include "crypto/pka/key_object.h"
 #include "crypto/pka/rsa.h"
 #include "crypto/pka/slot_buffers.h"
 
@@ -107,27 +106,19 @@ Status cPublicRSA::exportSsh(std::uint8_t* output, std::uint32_t* outputLength)
 
 cPKA* newPublicRsa(RsaPublicOwner record)
 {
-    if (!record) return nullptr;
-    cPKA* key = new (std::nothrow) cPublicRSA(record.get());
-    if (key != nullptr) (void)record.release();
-    return key;
+    return newKeyObject<cPublicRSA>(std::move(record));
 }
 
 cPKA* newPublicRsa(const std::uint8_t* blob, std::uint32_t length)
 {
-    RsaPublicKey* record = nullptr;
-    if (importRsaPublic(&record, blob, length) != STATUS_OK) return nullptr;
-    return newPublicRsa(RsaPublicOwner(record));
+    return newKeyFrom<cPublicRSA, RsaPublicOwner>(
+        [&](RsaPublicKey** record) { return importRsaPublic(record, blob, length); });
 }
 
 Status newPublicRsaFromDer(cPKA** key, const DerElement& sequence)
 {
-    RsaPublicKey* record = nullptr;
-    if (importRsaPublicDer(&record, sequence) != STATUS_OK) return PKA_E_IMPORT;
-    cPKA* made = newPublicRsa(RsaPublicOwner(record));
-    if (made == nullptr) return PKA_E_IMPORT;
-    *key = made;
-    return STATUS_OK;
+    const auto read = [&](RsaPublicKey** record) { return importRsaPublicDer(record, sequence); };
+    return giveKey(key, newKeyFrom<cPublicRSA, RsaPublicOwner>(read), PKA_E_IMPORT);
 }
 
 } // namespace toolbelt

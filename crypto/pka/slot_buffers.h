@@ -16,6 +16,13 @@ inline bool hasRoom(std::uint32_t* capacity, std::uint32_t needed)
     return false;
 }
 
+// What a slot of DSA or ElGamal answers for the status of its core: a capacity that is too small and the codes in
+// `passedOn` as they are, any other failure as one.
+inline Status outcome(Status core, Status failure, Status passedOn = STATUS_BUFFER_TOO_SMALL)
+{
+    return core == STATUS_OK || core == STATUS_BUFFER_TOO_SMALL || core == passedOn ? core : failure;
+}
+
 // The content of an OCTET STRING that holds exactly k bytes; null when the input is anything else. What follows the
 // element is not looked at.
 const std::uint8_t* octetStringContent(const std::uint8_t* input, std::uint32_t inputLength, std::uint32_t k);

@@ -16,6 +16,7 @@ inline constexpr Status PKA_E_NOT_OFFERED = 30;   // the class does not offer th
 inline constexpr Status PKA_E_RAW_FAILED = 30;    // the same code: a raw operation with a prefixed side failed
 inline constexpr Status PKA_E_OBJECT = 31;        // an object or a verification buffer could not be made
 inline constexpr Status PKA_E_FAILED = 32;        // the operation or the verification failed
+inline constexpr Status PKA_E_RANDOM = 35;        // the random pool has run dry
 inline constexpr Status PKA_E_BLOCK = 39;         // a malformed PKCS #1 block
 inline constexpr Status PKA_E_DATA_TOO_LONG = 56; // data too long to pad
 

@@ -1,4 +1,4 @@
-// The contract of the slots: which a class offers, the order of their checks, the sizes they ask for, what they leave
+// The contract of the RSA slots: the order of their checks, the sizes they ask for, what they leave
 // alone, and what a signature may hold. Signatures are made with the key itself.
 #include <gtest/gtest.h>
 
@@ -6,52 +6,6 @@
 
 namespace toolbelt::test {
 namespace {
-
-// The slots of `offered` answer these inputs with anything but 30; every other answers 30 and writes nothing.
-void expectOnly(cPKA& key, std::initializer_list<int> offered)
-{
-    const Bytes untouched(600, 0xA5), input(600, 1);
-    Bytes output = untouched;
-    std::uint32_t length = 600;
-    const auto expect = [&](int number, Status status) {
-        const bool absent = std::count(offered.begin(), offered.end(), number) == 0;
-        EXPECT_EQ(status == 30, absent) << number;
-        EXPECT_TRUE(!absent || (length == 600 && output == untouched)) << number;
-        output = untouched;
-        length = 600;
-    };
-    const std::pair<int, OutputSlot> outputSlots[] = {{2, &cPKA::encryptPrefixed},    {3, &cPKA::rawToDer},
-                                                      {6, &cPKA::publicFromPrefixed}, {7, &cPKA::privateFromPrefixed},
-                                                      {8, &cPKA::publicFromDer},      {9, &cPKA::privateFromDer},
-                                                      {10, &cPKA::signPrefixed},      {11, &cPKA::signDer}};
-    const std::pair<int, ExportSlot> exports[] = {
-        {13, &cPKA::exportNumbers}, {14, &cPKA::exportDer}, {15, &cPKA::exportSsh}};
-    for (const auto& [number, slot] : outputSlots)
-        expect(number, (key.*slot)(output.data(), &length, input.data(), 66));
-    for (const auto& [number, slot] : exports) expect(number, (key.*slot)(output.data(), &length));
-    expect(4, verifyPrefixed(key, input, Bytes(20)));
-    expect(5, verifyDer(key, input, Bytes(20)));
-    cPKA* made = nullptr;
-    expect(16, key.makePublic(&made));
-    EXPECT_EQ(Key(made) != nullptr, std::count(offered.begin(), offered.end(), 16) == 1);
-}
-
-TEST(PkaSlots, ClassesOfferTheirSlotsAndNoOthers)
-{
-    cPKA base;
-    EXPECT_EQ(base.algorithm(), PKA_NONE);
-    EXPECT_EQ(base.keyLength(), 0);
-    EXPECT_EQ(base.maxInputLength(), 0);
-    expectOnly(base, {});
-    const Key open = publicKey(rsaKey("rsa1025")), secret = privateKey(rsaKey("rsa1025"));
-    for (cPKA* key : {open.get(), secret.get()}) {
-        EXPECT_EQ(key->algorithm(), PKA_RSA);
-        EXPECT_EQ(key->keyLength(), 129);
-        EXPECT_EQ(key->maxInputLength(), 129);
-    }
-    expectOnly(*open, {2, 3, 4, 5, 6, 8, 13, 14, 15});
-    expectOnly(*secret, {3, 7, 9, 10, 11, 13, 14, 16});
-}
 
 TEST(RsaSlots, CapacitiesAndLengthsAreCheckedInTheSlotsOwnOrder)
 {

@@ -1,10 +1,10 @@
-// Memory: what RSA answers when there is none, and what it leaves behind in what it gives back.
+// Memory: what keys answer when there is none, and what they leave behind in what they give back.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <map>
 
-#include "tests/pka/rsa_test_keys.h"
+#include "tests/pka/field_keys.h"
 #include "tests/support/test_heap.h"
 
 namespace toolbelt::test {
@@ -90,6 +90,73 @@ TEST(RsaMemory, EveryFailingAllocationGivesTheSlotsStatus)
         });
 }
 
+TEST(FieldMemory, EveryFailingAllocationGivesTheSlotsStatus)
+{
+    // Small keys (computed in Python), since inversion allocates at every step: two limbs of p, 24 bits of q.
+    FieldNumbers dsa = {fromHex("df4d9d16f96568dc33"), fromHex("cb283d"), fromHex("28b26f98a958c54cbd"),
+                        fromHex("66d49574de7afcd526"), fromHex("45ecc5")};
+    FieldNumbers elgamal = {
+        fromHex("baa057d9506a37aacf"), {}, {5}, fromHex("94cff0ec02584b5de2"), fromHex("22085c5bd5e176c64f")};
+    const Key openDsa = dsaPublic(dsa), openElgamal = elgamalPublic(elgamal);
+    const Key secretDsa = dsaPrivate(dsa), secretElgamal = elgamalPrivate(elgamal);
+    const Bytes digest(20, 1), filling(64, 0x21);
+    const auto signedBy = [&](cPKA& key, OutputSlot slot) {
+        const Pool pool(filling);
+        return run(key, slot, digest);
+    };
+    const Bytes number = signedBy(*secretDsa, &cPKA::signPrefixed), der = signedBy(*secretDsa, &cPKA::signDer);
+    const Bytes pair = signedBy(*secretElgamal, &cPKA::signPrefixed);
+    expectEveryFailure(32, [&] { return verifyPrefixed(*openDsa, number, digest); });
+    expectEveryFailure(32, [&] { return verifyDer(*openDsa, der, digest); });
+    expectEveryFailure(32, [&] { return verifyPrefixed(*openElgamal, pair, digest); });
+    const struct
+    {
+        cPKA& key;
+        OutputSlot slot;
+        const Bytes& input;
+    } slots[] = {
+        {*secretDsa, &cPKA::signPrefixed, digest},      {*secretDsa, &cPKA::signDer, digest},
+        {*openElgamal, &cPKA::encryptPrefixed, digest}, {*openElgamal, &cPKA::rawToDer, digest},
+        {*secretElgamal, &cPKA::signPrefixed, digest},  {*secretElgamal, &cPKA::privateFromPrefixed, pair},
+    };
+    for (const auto& s : slots)
+        expectEveryFailure(30, [&] {
+            const Pool pool(filling);
+            Bytes output(200, 0xA5);
+            std::uint32_t length = 200;
+            const Status status = (s.key.*s.slot)(output.data(), &length, s.input.data(), sizeOf(s.input));
+            EXPECT_TRUE(status == STATUS_OK || (length == 200 && output == Bytes(200, 0xA5))) << "half an output";
+            return status;
+        });
+
+    dsa.y = elgamal.y = {}; // computed when it is asked for
+    const Bytes dsaBlob = dsa.privateBlob(), elgamalBlob = elgamal.privateBlob();
+    for (const bool isDsa : {true, false}) {
+        const auto import = [&] {
+            return Key(isDsa ? newPrivateDsa(dsaBlob.data(), sizeOf(dsaBlob))
+                             : newPrivateElgamal(elgamalBlob.data(), sizeOf(elgamalBlob)));
+        };
+        const std::uint32_t objectsBlocks = [&] {
+            const TestHeap heap;
+            const Key key = import();
+            return heap.allocations();
+        }();
+        expectEveryFailure(-1, objectsBlocks, {31}, [&] {
+            const Key key = import();
+            cPKA* made = nullptr;
+            const Status status = key ? key->makePublic(&made) : -1;
+            EXPECT_EQ(Key(made) != nullptr, status == STATUS_OK);
+            return status;
+        });
+        expectEveryFailure(-1, objectsBlocks, {8}, [&] {
+            const Key key = import();
+            Bytes output(1000);
+            std::uint32_t length = 1000;
+            return key ? key->exportDer(output.data(), &length) : -1;
+        });
+    }
+}
+
 // A heap that looks for eight bytes of each secret, in either byte order, in every block that comes back.
 struct Watch
 {
@@ -140,6 +207,43 @@ TEST(RsaMemory, NoBlockComesBackWithASecretInIt)
         EXPECT_EQ(verifyDer(*open, run(*secret, &cPKA::signDer, digest), digest), 0);
         EXPECT_EQ(run(*secret, &cPKA::privateFromPrefixed, run(*open, &cPKA::encryptPrefixed, plain)), plain);
         run(*secret, &cPKA::exportDer);
+    }
+    heap::setBackend(before);
+    EXPECT_EQ(Watch::leaks, 0);
+    EXPECT_TRUE(Watch::blocks.empty());
+}
+
+TEST(FieldMemory, NoBlockComesBackWithASecretInIt)
+{
+    const FieldNumbers &dsa = dsaNumbers("dsa512-160"), &elgamal = elgamalNumbers(64);
+    const Bytes digest(20, 1), drawn = fromHex("000102030405060708090a0b0c0d0e0f10111213"), whole = padded(drawn, 64);
+    Watch::secrets = {slice(dsa.x, 12, 8), slice(dsa.x, 2, 8), slice(elgamal.x, 20, 8), slice(elgamal.x, 40, 8),
+                      slice(drawn, 12, 8)};
+    const heap::Backend watch = {Watch::allocate, Watch::release};
+    const heap::Backend* const before = heap::setBackend(&watch);
+    {
+        const Key secretDsa = dsaPrivate(dsa), secretElgamal = elgamalPrivate(elgamal);
+        const Key openElgamal = elgamalPublic(elgamal);
+        EXPECT_EQ(std::count_if(Watch::blocks.begin(), Watch::blocks.end(), Watch::holdsSecret), 2)
+            << "the watch must see the numbers while they live";
+        for (const auto& [key, slot] : {std::pair<cPKA&, OutputSlot>{*secretDsa, &cPKA::signPrefixed},
+                                        {*secretDsa, &cPKA::signDer},
+                                        {*secretElgamal, &cPKA::signPrefixed},
+                                        {*openElgamal, &cPKA::encryptPrefixed}}) {
+            const Pool pool(&key == secretDsa.get() ? drawn : whole);
+            const Bytes pair = run(key, slot, digest);
+            if (&key == openElgamal.get()) run(*secretElgamal, &cPKA::privateFromPrefixed, pair);
+        }
+        for (const Key* key : {&secretDsa, &secretElgamal}) {
+            run(**key, &cPKA::exportDer);
+            cPKA* made = nullptr;
+            EXPECT_EQ((*key)->makePublic(&made), STATUS_OK);
+            Key(made).reset();
+        }
+        Bytes seed = join({Bytes(20, 0x3D), Bytes(20), slice(dsa.x, 12, 8)}); // the end of c is not that of x
+        DsaKey* made = nullptr;
+        EXPECT_EQ(generateDsa(&made, 512, seed.data(), sizeOf(seed), nullptr), STATUS_OK);
+        delete made;
     }
     heap::setBackend(before);
     EXPECT_EQ(Watch::leaks, 0);

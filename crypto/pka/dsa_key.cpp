@@ -1,0 +1,121 @@
+// DSA key records: creation, import and export.
+#include "crypto/pka/dsa_key.h"
+
+#include <new>
+
+#include "crypto/bignum/modular.h"
+#include "crypto/pka/key_bytes.h"
+#include "crypto/pka/public_key_info.h"
+
+namespace toolbelt {
+namespace {
+
+constexpr OidOctets OID_DSA = {7, {0x2A, 0x86, 0x48, 0xCE, 0x38, 0x04, 0x01}}; // 1.2.840.10040.4.1
+
+bool isUsable(const DsaKey& key)
+{
+    const bool isPrivate = key.magic == DSA_PRIVATE_MAGIC;
+    return !isTooLong(key.p) && bnTestBit(key.p, 0) == 1 && bnTestBit(key.q, 0) == 1 && isWithin(key.q, 2, key.p) &&
+           bnBitLength(key.q) <= DSA_MAX_Q_BITS && isWithin(key.g, 2, key.p) &&
+           isWithin(key.y, isPrivate ? 0 : 1, key.p) && (!isPrivate || isWithin(key.x, 1, key.q));
+}
+
+Status finish(DsaKey** key, DsaOwner& record)
+{
+    if (!isUsable(*record)) return PKA_E_KEY;
+    *key = record.release();
+    return STATUS_OK;
+}
+
+bool readPublic(DsaKey& key, const std::uint8_t* blob, std::uint32_t length, std::uint32_t& offset)
+{
+    return readPrefixed({&key.p, &key.q, &key.g, &key.y}, blob, length, offset);
+}
+
+} // namespace
+
+DsaKey* newDsaKey(std::uint32_t magic)
+{
+    auto* key = new (std::nothrow) DsaKey;
+    if (key != nullptr) key->magic = magic;
+    return key;
+}
+
+std::int32_t dsaKeyLength(const DsaKey& key)
+{
+    if (key.magic != DSA_PUBLIC_MAGIC && key.magic != DSA_PRIVATE_MAGIC) return 0;
+    return static_cast<std::int32_t>((bnBitLength(key.p) + 7) / 8);
+}
+
+Status ensureDsaPublicValue(DsaKey& key)
+{
+    if (bnCompareWord(key.y, 0) != 0) return STATUS_OK;
+    BigNum y; // a failure must not leave half a number in the record
+    if (const Status status = bnModExp(y, key.g, key.x, key.p)) return status;
+    return bnCopy(key.y, y);
+}
+
+Status importDsaPublic(DsaKey** key, const std::uint8_t* blob, std::uint32_t length)
+{
+    DsaOwner record(newDsaKey(DSA_PUBLIC_MAGIC));
+    if (!record) return PKA_E_MEMORY;
+    std::uint32_t offset = 0;
+    if (!readPublic(*record, blob, length, offset)) return PKA_E_KEY;
+    return finish(key, record);
+}
+
+Status importDsaPrivate(DsaKey** key, const std::uint8_t* publicBlob, std::uint32_t publicLength,
+                        const std::uint8_t* privateBlob, std::uint32_t privateLength)
+{
+    DsaOwner record(newDsaKey(DSA_PRIVATE_MAGIC));
+    if (!record) return PKA_E_MEMORY;
+    std::uint32_t offset = 0;
+    if (!readPublic(*record, publicBlob, publicLength, offset)) return PKA_E_KEY;
+    offset = 0;
+    if (!readPrefixed({&record->x}, privateBlob, privateLength, offset)) return PKA_E_KEY;
+    return finish(key, record);
+}
+
+Status importDsaPrivateBlob(DsaKey** key, const std::uint8_t* blob, std::uint32_t length)
+{
+    DsaOwner record(newDsaKey(DSA_PRIVATE_MAGIC));
+    if (!record) return PKA_E_MEMORY;
+    std::uint32_t offset = 0;
+    if (!readPublic(*record, blob, length, offset) || !readPrefixed({&record->x}, blob, length, offset))
+        return PKA_E_KEY;
+    return finish(key, record);
+}
+
+Status importDsaPublicInfo(DsaKey** key, const DerElement& parameters, const DerElement& bits)
+{
+    if (parameters.tag == DER_NULL) return DER_E_NULL_PARAMETERS;
+    if (!isSequence(parameters)) return DER_E_TAG;
+    DsaOwner record(newDsaKey(DSA_PUBLIC_MAGIC));
+    if (!record) return DER_E_MEMORY;
+    if (!readIntegers({&record->p, &record->q, &record->g}, parameters.content, parameters.contentLength) ||
+        !readIntegers({&record->y}, bits.content, bits.contentLength))
+        return DER_E_MALFORMED;
+    return finish(key, record) == STATUS_OK ? STATUS_OK : DER_E_MALFORMED;
+}
+
+Status importDsaPrivateDer(DsaKey** key, const DerElement& sequence)
+{
+    DsaOwner record(newDsaKey(DSA_PRIVATE_MAGIC));
+    if (!record) return PKA_E_MEMORY;
+    if (!readVersionedSequence({&record->p, &record->q, &record->g, &record->y, &record->x}, sequence))
+        return PKA_E_KEY;
+    return finish(key, record);
+}
+
+Status exportDsaPublicDer(const DsaKey& key, std::uint8_t* output, std::uint32_t* inOutSize)
+{
+    return writePublicKeyInfo(OID_DSA, {&key.p, &key.q, &key.g}, key.y, output, inOutSize);
+}
+
+Status exportDsaPrivateDer(DsaKey& key, std::uint8_t* output, std::uint32_t* inOutSize)
+{
+    if (key.magic != DSA_PRIVATE_MAGIC || ensureDsaPublicValue(key) != STATUS_OK) return PKA_E_HEADER;
+    return writeSequence(true, {&key.p, &key.q, &key.g, &key.y, &key.x}, output, inOutSize);
+}
+
+} // namespace toolbelt

@@ -1,0 +1,151 @@
+// ElGamal: numbers computed by other programs, in both directions, and the rules of its secrets.
+#include <gtest/gtest.h>
+
+#include "crypto/bignum/modular.h"
+#include "tests/pka/field_keys.h"
+
+namespace toolbelt::test {
+namespace {
+
+// Random bytes from which the library draws this odd secret: the double of it.
+Bytes poolFor(const Bytes& k, std::uint32_t size)
+{
+    Bytes bytes = padded(k, size);
+    for (std::uint32_t i = 0; i < size; ++i)
+        bytes[i] = static_cast<std::uint8_t>(bytes[i] << 1 | (i + 1 < size ? bytes[i + 1] >> 7 : 0));
+    return bytes;
+}
+
+TEST(Elgamal, Ciphertexts)
+{
+    int matched = 0, raised = 0;
+    for (const Record& record : readVectors("keys/elgamal.txt")) {
+        SCOPED_TRACE(record.where);
+        const FieldNumbers numbers = fieldNumbers(record);
+        const Key open = elgamalPublic(numbers), secret = elgamalPrivate(numbers);
+        const Bytes m = record.bytes("m"), k = record.bytes("k");
+        Bytes a = record.bytes("a"), b = record.bytes("b");
+        const Bytes plain = padded(m, numbers.k());
+        EXPECT_EQ(run(*secret, &cPKA::privateFromPrefixed, join({prefixed(a), prefixed(b)})), plain);
+        if (record.where.ends_with(":4")) { // its k has a factor in common with p - 1, and k + 2 is taken instead
+            a = fromHex("d8cb7675ee0d191b6a028a680d4a26c19883ef045c28085648567655387ac491764b09b2465889428f9ace5db8e4a0"
+                        "62bd00fb33336e658d05020720078fd618");
+            b = fromHex("e64c1eed83b08f6762afae30ad698745c5cc7a570d908596838e0f41de5c85210d00f441d0bfb3aab5ac451267c4d8"
+                        "506185e88a178e6f13b731f8e3f34c5bc0");
+            ++raised;
+        } else {
+            ++matched;
+        }
+        const Bytes number = join({prefixed(a), prefixed(b)});
+        const Pool pool(join({poolFor(k, numbers.k()), poolFor(k, numbers.k())}));
+        EXPECT_EQ(run(*open, &cPKA::encryptPrefixed, m), number);
+        EXPECT_EQ(run(*open, &cPKA::rawToDer, m), derElement(0x30, join({derInteger(a), derInteger(b)})));
+        EXPECT_EQ(pool.bytes, Bytes(2 * numbers.k())) << "what was taken is wiped";
+        EXPECT_EQ(record.unread({"elgamal"}), std::vector<std::string>());
+    }
+    EXPECT_EQ(std::pair(matched, raised), std::pair(7, 1));
+}
+
+TEST(Elgamal, Signatures)
+{
+    for (const Record& record : readVectors("keys/elgamal-signatures.txt")) {
+        SCOPED_TRACE(record.where);
+        const FieldNumbers numbers = fieldNumbers(record);
+        const Key open = elgamalPublic(numbers), secret = elgamalPrivate(numbers);
+        const Bytes digest = record.bytes("digest-value"), r = record.bytes("r"), s = record.bytes("s");
+        const Bytes der = derElement(0x30, join({derInteger(r), derInteger(s)}));
+        EXPECT_EQ(record.unread({"elgamal", "k", "pool"}), std::vector<std::string>());
+        const Pool pool(record.bytes("pool"));
+        const Bytes signature = run(*secret, &cPKA::signPrefixed, digest);
+        EXPECT_EQ(signature, join({prefixed(r), prefixed(s)}));
+        EXPECT_EQ(verifyPrefixed(*open, signature, digest), 0);
+        EXPECT_EQ(verifyDer(*open, der, digest), 0);
+        if (numbers.k() > 64) continue;
+        EXPECT_EQ(verifyDer(*open, derElement(4, der), digest), 0);
+        EXPECT_EQ(verifyDer(*open, join({derElement(3, join({{0}, der})), {5, 0}}), digest), 0);
+        Bytes other = digest, changed = s;
+        other.back() ^= 1;
+        changed.back() ^= 1;
+        EXPECT_EQ(verifyPrefixed(*open, signature, other), 32);
+        EXPECT_EQ(verifyPrefixed(*open, join({prefixed(r), prefixed(changed)}), digest), 32);
+        EXPECT_EQ(verifyPrefixed(*open, join({prefixed(r), prefixed(join({{1}, numbers.p}))}), digest), 32);
+    }
+}
+
+TEST(Elgamal, MessagesAreNumbersModuloPAndAnEmptyPoolIsTold)
+{
+    const FieldNumbers& numbers = elgamalNumbers(64);
+    const Key open = elgamalPublic(numbers), secret = elgamalPrivate(numbers);
+    const Bytes aboveP = join({{1}, Bytes(63), {2}}); // 2^512 + 2
+    BigNum m, p;
+    ASSERT_EQ(bnImport(m, aboveP.data(), 65), 0);
+    ASSERT_EQ(bnImport(p, numbers.p.data(), 64), 0);
+    ASSERT_EQ(bnModulo(m, m, p), 0);
+    Bytes reduced(64);
+    bnExport(reduced.data(), 64, m);
+
+    Bytes first;
+    for (const std::uint8_t filling : {0x11, 0x12, 0x00, 0xFF}) {
+        const Pool pool(Bytes(3 * 64, filling));
+        const Bytes cipher = run(*open, &cPKA::encryptPrefixed, aboveP);
+        EXPECT_NE(cipher, first);
+        EXPECT_EQ(run(*secret, &cPKA::privateFromPrefixed, cipher), reduced);
+        const Bytes zero = run(*open, &cPKA::encryptPrefixed, Bytes(1));
+        EXPECT_EQ(slice(zero, zero.size() - 2, 2), Bytes(2)) << "b is 0";
+        EXPECT_EQ(run(*secret, &cPKA::privateFromPrefixed, zero), Bytes(64));
+        first = cipher;
+    }
+    Pool pool(Bytes(63, 5));
+    run(*open, &cPKA::encryptPrefixed, {1}, 35);
+    run(*open, &cPKA::rawToDer, {1}, 35);
+    EXPECT_EQ(randomPoolShortfall(), 64u);
+    run(*secret, &cPKA::signPrefixed, {1}, 30);
+    EXPECT_EQ(pool.bytes, Bytes(63, 5));
+    // Capacities come first: nothing is drawn for an output that does not fit.
+    Bytes output(200);
+    std::uint32_t length = 0;
+    const auto needs = [&](cPKA& key, OutputSlot slot, std::uint32_t needed) {
+        length = needed - 1;
+        EXPECT_EQ((key.*slot)(output.data(), &length, numbers.blob().data(), 100), 1);
+        EXPECT_EQ(length, needed);
+    };
+    needs(*open, &cPKA::encryptPrefixed, 132);
+    needs(*open, &cPKA::rawToDer, 137); // two INTEGERs of 65 octets
+    needs(*secret, &cPKA::signPrefixed, 132);
+    needs(*secret, &cPKA::privateFromPrefixed, 64);
+    // a = 0 has no inverse; a pair that is cut short.
+    run(*secret, &cPKA::privateFromPrefixed, join({prefixed({}), prefixed({1})}), 30);
+    run(*secret, &cPKA::privateFromPrefixed, prefixed({1}), 30);
+}
+
+TEST(Elgamal, EachOperationDemandsItsMark)
+{
+    const Bytes blob = elgamalNumbers(64).privateBlob();
+    const Pool pool(Bytes(6 * 64, 0x77));
+    const Bytes pair = run(*elgamalPrivate(elgamalNumbers(64)), &cPKA::signPrefixed, {1});
+    for (const std::uint32_t magic : {ELGAMAL_PUBLIC_MAGIC, ELGAMAL_PRIVATE_MAGIC}) {
+        const bool isPrivate = magic == ELGAMAL_PRIVATE_MAGIC;
+        const auto record = [&] {
+            ElgamalKey* made = nullptr;
+            EXPECT_EQ(importElgamalPrivateBlob(&made, blob.data(), sizeOf(blob)), 0);
+            EXPECT_EQ(made->magic, ELGAMAL_PRIVATE_MAGIC);
+            EXPECT_TRUE(made->fourth.count == 1 && made->fourth.limbs[0] == 0);
+            made->magic = magic;
+            return ElgamalOwner(made);
+        };
+        const Key open(newPublicElgamal(record())), secret(newPrivateElgamal(record()));
+        run(*open, &cPKA::encryptPrefixed, {1}, isPrivate ? 30 : 0);
+        EXPECT_EQ(verifyPrefixed(*open, pair, {1}), isPrivate ? 32 : 0);
+        run(*secret, &cPKA::signPrefixed, {1}, isPrivate ? 0 : 30);
+        run(*secret, &cPKA::privateFromPrefixed, pair, isPrivate ? 0 : 30);
+        Bytes der(1000);
+        std::uint32_t length = 1000;
+        cPKA* made = nullptr;
+        EXPECT_EQ(secret->exportDer(der.data(), &length), isPrivate ? 0 : 8);
+        EXPECT_EQ(secret->makePublic(&made), isPrivate ? 0 : 8);
+        EXPECT_EQ(Key(made) != nullptr, isPrivate);
+    }
+}
+
+} // namespace
+} // namespace toolbelt::test
