@@ -1,0 +1,26 @@
+// Runs of 16-bit units. The C library's wide functions serve only where its wchar_t has this width; these serve in
+// every build.
+#pragma once
+
+#include <cstddef>
+
+namespace toolbelt {
+
+// Units before the terminator, or the limit when no terminator comes before it; nothing behind the limit is read.
+inline std::size_t lengthWithin(const wchar_t* text, std::size_t limit) noexcept
+{
+    std::size_t length = 0;
+    while (length < limit && text[length] != 0) ++length;
+    return length;
+}
+
+// Whether the first count units are the same. Stops at the first difference: where only one of the two texts is that
+// long, nothing behind the terminator of the other is read.
+inline bool equalUnits(const wchar_t* a, const wchar_t* b, std::size_t count) noexcept
+{
+    std::size_t i = 0;
+    while (i < count && a[i] == b[i]) ++i;
+    return i == count;
+}
+
+} // namespace toolbelt
