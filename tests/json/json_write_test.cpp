@@ -1,0 +1,188 @@
+// The writer and the trees it reads: layout, flags, escapes, limits, memory.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "tests/json/trees.h"
+#include "tests/support/test_heap.h"
+
+namespace toolbelt::test {
+namespace {
+
+constexpr std::uint32_t HIDDEN = JSON_HIDDEN, BLANK = JSON_BLANK, BOTH = JSON_HIDDEN | JSON_BLANK;
+
+JsonValue* one()
+{
+    return jsonNewInteger(1);
+}
+JsonValue* unknown()
+{
+    JsonValue* value = jsonNew(JSON_NULL);
+    value->type = 9;
+    return value;
+}
+
+TEST(JsonWrite, LaysOutEveryTypeAndObeysTheFlags)
+{
+    struct Case
+    {
+        JsonValue* value;
+        const char* expected;
+        std::uint32_t level = 0;
+        bool valid = true;
+    };
+    const Case cases[] = {
+        {object({{"a", one()}, {"b", array({jsonNewBoolean(true), jsonNew(JSON_NULL)})}}),
+         "{\n  \"a\":1,\n  \"b\":[\n    true,\n    null\n  ]\n}"},
+        {jsonNew(JSON_OBJECT), "{\n}"},
+        {jsonNew(JSON_OBJECT), "{\n    }", 2},
+        {array({array({}), object({})}), "[\n    [\n    ],\n    {\n    }\n  ]", 1},
+        // No lines at the deepest levels, and the last one that has them.
+        {array({one(), object({{"a", one()}})}), "[1,{\"a\":1}]", 65536},
+        {array({array({one()})}), "[[1]]", 0xFFFFFFFF},
+        // Hidden: left out before the comma is decided; the value that is itself written is empty, or as it is.
+        {object({{"a", flagged(HIDDEN, one())}, {"b", one()}, {"c", flagged(HIDDEN, one())}}), "{\n  \"b\":1\n}"},
+        {array({flagged(HIDDEN, one()), one(), flagged(BOTH, array({one()})), one()}), "[\n  1,\n  1\n]"},
+        {array({flagged(HIDDEN, one())}), "[\n]"},
+        {flagged(HIDDEN, object({{"a", one()}})), "{\n}"},
+        {flagged(HIDDEN, array({one()})), "[\n]"},
+        {flagged(HIDDEN, one()), "1"},
+        // Blank.
+        {object({{"a", flagged(BLANK, one())}, {"b", flagged(BLANK, one())}}), "{\n  \"a\":,\n  \"b\":\n}"},
+        {array({flagged(BLANK, jsonNewDouble(2.5)), flagged(BLANK, text("x")), flagged(BLANK, jsonNewBoolean(true)),
+                flagged(BLANK, jsonNew(JSON_NULL)), flagged(BLANK, array({one()})),
+                flagged(BLANK, object({{"a", one()}}))}),
+         "[\n  0,\n  \"\",\n  false,\n  null,\n  [\n  ],\n  {\n  }\n]"},
+        {flagged(BLANK, one()), ""},
+        // Escapes: six rows, names too; apostrophe, form feed, controls, zero and DEL as they are; UTF-8 to UTF-16.
+        {text("\\\"\t\r\n\b"), "\"\\\\\\\"\\t\\r\\n\\b\""},
+        {object({{"a\"'", text("'\f\x01/\x7f")}}), "{\n  \"a\\\"'\":\"'\f\x01/\x7f\"\n}"},
+        {text("\xC3\xA4\xF0\x9F\x98\x80\xE2\x82\xAC"), "\"<e4><d83d><de00><20ac>\""},
+        {text("\x80"), "\"<fffd>\""},
+        // Numbers and the rest.
+        {array({jsonNewInteger(INT64_MIN), jsonNewDouble(-0.5), jsonNewBoolean(false), text("")}),
+         "[\n  -9223372036854775808,\n  -0.5,\n  false,\n  \"\"\n]"},
+        // A bad child does not stop the walk, nor make its container fail.
+        {array({unknown(), jsonNew(JSON_NONE), one()}), "[\n  <error>,\n  ,\n  1\n]"},
+        {unknown(), "<error>", 0, false},
+        {jsonNew(JSON_NONE), "", 0, false},
+        {nullptr, "", 0, false},
+    };
+    for (const Case& row : cases) {
+        const JsonTree tree(row.value);
+        cWCS out;
+        EXPECT_EQ(jsonWrite(row.level, out, tree.get()), row.valid) << row.expected;
+        EXPECT_EQ(shown(out), row.expected);
+    }
+    const JsonTree zero(object({{std::string("n\0m", 3), text(std::string("a\0b", 3))}}));
+    EXPECT_EQ(written(zero.get()), std::string("{\n  \"n\0m\":\"a\0b\"\n}", 17)) << "zero bytes are kept";
+    JsonValue* children[] = {nullptr}; // made by hand, without parents
+    JsonValue byHand;
+    byHand.type = JSON_ARRAY;
+    byHand.array = {1, children};
+    EXPECT_EQ(written(&byHand), "[\n  \n]");
+}
+
+TEST(JsonWrite, OffersItsParts)
+{
+    cWCS out, scratch;
+    ASSERT_NE(out.Append(L"x"), 0);
+    EXPECT_TRUE(jsonAppendText(L"a\"b", out, true, true));
+    EXPECT_TRUE(jsonAppendText(L"a\"b", out, false, false));
+    EXPECT_TRUE(jsonAppendText(L"\tbc", out, true, false, 2) && jsonAppendText(L"\t", out, false, true));
+    EXPECT_TRUE(jsonAppendText(nullptr, out, true, true));
+    EXPECT_EQ(shown(out), "x\"a\\\"b\"a\"b\"\tb\"\\t\"\"");
+    EXPECT_NE(jsonEscape(scratch, L"a longer text \\"), nullptr);
+    EXPECT_EQ(jsonEscape(scratch, L"'\\'"), scratch.text());
+    EXPECT_EQ(shown(scratch), "'\\\\'");
+    for (const auto& [level, units] : {std::pair(0u, 2), {3u, 8}, {65535u, 131072}, {65536u, 0}, {0xFFFFFFFFu, 0}}) {
+        cWCS line;
+        EXPECT_TRUE(jsonNewLine(level, line));
+        EXPECT_EQ(line.length(), units);
+        EXPECT_EQ(shown(line), units ? "\n" + std::string(static_cast<std::size_t>(units) - 2, ' ') : "");
+    }
+}
+
+TEST(JsonWrite, TakesNoStackForDepthAndRefusesWhatIsTooLong)
+{
+    constexpr std::uint32_t DEPTH = 200000;
+    const JsonTree deep = nested(DEPTH);
+    EXPECT_EQ(written(deep.get(), JSON_LEVEL_LIMIT), std::string(DEPTH, '[') + std::string(DEPTH, ']'));
+    cWCS out;
+    ASSERT_NE(out.Append(L"kept"), 0);
+    EXPECT_FALSE(jsonWrite(0, out, deep.get())) << "its indentation alone passes the limit";
+    EXPECT_EQ(shown(out), "kept");
+
+    // Hardly any value, but lines of 131,074 units.
+    JsonValue null;
+    null.type = JSON_NULL;
+    std::vector<JsonValue*> many(4096, &null);
+    JsonValue wide;
+    wide.type = JSON_ARRAY;
+    wide.array = {4096, many.data()};
+    char byte = 'x';
+    JsonValue hugeString;
+    hugeString.type = JSON_STRING;
+    hugeString.string = {0xFFFFFFFF, &byte};
+    TestHeap heap;
+    EXPECT_FALSE(jsonWrite(JSON_LEVEL_LIMIT - 2, out, &wide));
+    EXPECT_FALSE(jsonWrite(0, out, &hugeString));
+    EXPECT_EQ(heap.allocations(), 0u);
+    EXPECT_EQ(shown(out), "kept");
+}
+
+TEST(JsonWrite, ReservesOnceAndWipesAll)
+{
+    constexpr std::uint32_t COUNT = 20000;
+    TestHeap heap;
+    {
+        const JsonTree tree(array({}));
+        std::string expected = "[";
+        for (std::uint32_t i = 0; i < COUNT; ++i) {
+            jsonAddElement(*tree, text("\xC3\xA4\"" + std::to_string(i)));
+            expected += (i ? ",\n  \"<e4>\\\"" : "\n  \"<e4>\\\"") + std::to_string(i) + '"';
+        }
+        const std::uint32_t before = heap.allocations();
+        EXPECT_EQ(written(tree.get()), expected + "\n]");
+        EXPECT_EQ(heap.allocations() - before, 3u) << "the text, and two scratch buffers";
+    }
+    EXPECT_EQ(heap.held(), 0u);
+    EXPECT_EQ(heap.secretsReleased(), heap.allocations());
+}
+
+TEST(JsonWrite, SurvivesEveryFailingAllocation)
+{
+    EXPECT_GE(forEachFailingAllocation([](TestHeap& heap) {
+                  const JsonTree tree(jsonNew(JSON_OBJECT));
+                  bool built = tree != nullptr;
+                  for (const char* name : {"a", "b", "c", "d", "e"})
+                      built = built && jsonAddMember(*tree, name, -1, jsonNewString(name));
+                  JsonTree inner(jsonNew(JSON_ARRAY));
+                  built = built && inner && jsonAddElement(*inner, jsonNewDouble(1)) &&
+                          jsonAddMember(*tree, "f", 1, inner.release());
+                  EXPECT_EQ(built, !heap.failed());
+                  if (!tree) return;
+                  cWCS out;
+                  const bool kept = out.Append(L"kept") != 0;
+                  const bool done = jsonWrite(0, out, tree.get());
+                  EXPECT_TRUE(done || heap.failed());
+                  EXPECT_TRUE(done || !kept || shown(out) == "kept") << shown(out);
+              }),
+              40u);
+    // A value that cannot be added is freed, and the container stays as it was.
+    TestHeap heap;
+    const JsonTree list(array({one()}));
+    EXPECT_FALSE(jsonAddElement(*list, nullptr));
+    EXPECT_FALSE(jsonAddMember(*list, "a", 1, one()));
+    EXPECT_FALSE(jsonAddElement(*list->array.elements[0], one()));
+    EXPECT_EQ(list->array.count, 1u);
+    const JsonTree names(object({{"a", one()}, {"ab", text("x")}, {"a", jsonNew(JSON_NULL)}}));
+    EXPECT_EQ(jsonFindMember(*names, "a")->type, JSON_INTEGER);
+    EXPECT_EQ(jsonFindMember(*names, "abc", 2)->parent, names.get());
+    EXPECT_EQ(jsonFindMember(*names, "b"), nullptr);
+    EXPECT_EQ(jsonFindMember(*list, "a"), nullptr);
+}
+
+} // namespace
+} // namespace toolbelt::test
