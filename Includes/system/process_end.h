@@ -1,0 +1,10 @@
+// Whether the process is on its way out. Process-wide objects of a DLL are destroyed while the system takes the process
+// apart: by then other libraries may be gone and other threads have been ended, so no library is called or released.
+#pragma once
+
+namespace toolbelt {
+
+// False where the system cannot tell.
+bool processIsEnding() noexcept;
+
+} // namespace toolbelt

@@ -1,0 +1,225 @@
+// CDll and CSysDll over the crafted library: statuses, calls, names in the lock, boxes, threads.
+#include <windows.h>
+
+#include <thread>
+
+#include "Includes/system/sys_dll.h"
+#include "tests/support/test_heap.h"
+#include "tests/system/support.h"
+
+namespace toolbelt::test {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+struct OpenDll : CDll
+{
+    using CDll::CDll;
+    using CDll::record_;
+};
+
+CDll* watched;
+const wchar_t* heldBy;
+
+void noteHolder()
+{
+    heldBy = watched->record().lock.holderOperation;
+}
+
+int yields;
+
+TEST(Dll, StatusesLockNamesAndCallsOnEveryPath)
+{
+    Calls calls;
+    Boxes boxes;
+    CDll dll;
+    const cTracedLock& lock = dll.record().lock;
+    EXPECT_EQ(lock.holderThread, GetCurrentThreadId()); // the constructor's entry
+    EXPECT_EQ(dll.getLastError(), 1u);
+    EXPECT_EQ(std::wstring(dll.record().path, DLL_PATH_UNITS), std::wstring(DLL_PATH_UNITS, L'\0'));
+    void* found = &dll;
+    EXPECT_FALSE(dll.GetProcAddress("InitInstance", 1, &found));
+    EXPECT_EQ(found, nullptr);
+    dll.Unload();
+    EXPECT_EQ(dll.getLastError(), 1u);
+
+    watched = &dll;
+    calls.during("InitInstance", noteHolder);
+    EXPECT_TRUE(dll.Load(crafted().c_str()));
+    EXPECT_STREQ(heldBy, L"CDll::Load");
+    EXPECT_EQ(dll.getLastError(), 0u);
+    EXPECT_EQ(dll.record().path, crafted());
+    const std::string module = std::to_string(reinterpret_cast<std::uintptr_t>(dll.record().module));
+    EXPECT_EQ(calls.take(), Strings{"InitInstance(" + module + ")"});
+    EXPECT_FALSE(dll.GetProcAddress("NoSuchFunction", 0, &found));
+    EXPECT_EQ(dll.getLastError(), 2u);
+    EXPECT_EQ(dll.getProc(), nullptr);
+    EXPECT_TRUE(dll.GetProcAddress("LogonUserW", 0, &found));
+    EXPECT_EQ(dll.getLastError(), 0u);
+    EXPECT_TRUE(found && found == dll.getProc());
+    calls.during("UnloadEnvironment", noteHolder);
+    dll.Unload();
+    EXPECT_STREQ(heldBy, L"CDll::Unload");
+    EXPECT_EQ(dll.getLastError(), 3u);
+    EXPECT_EQ(calls.take(), Strings{"UnloadEnvironment(0)"});
+    EXPECT_EQ(GetModuleHandleW(L"crafted.dll"), nullptr);
+
+    EXPECT_FALSE(dll.Load(crafted().c_str(), "NoSuchFunction"));
+    EXPECT_EQ(dll.getLastError(), 2u);
+    EXPECT_NE(dll.record().module, nullptr);
+    EXPECT_FALSE(dll.Load(L"no such library.dll")); // releases the other one first
+    EXPECT_EQ(dll.getLastError(), 1u);
+    EXPECT_EQ(GetModuleHandleW(L"crafted.dll"), nullptr);
+    EXPECT_FALSE(dll.Load(nullptr));
+    EXPECT_EQ(CDll(L"no such library.dll").getLastError(), 1u);
+    EXPECT_EQ(CDll(crafted().c_str(), "LogonUserW").getLastError(), 0u);
+    calls.take();
+    {
+        const CDll plain(craftedWithout({"InitInstance", "UnloadEnvironment"}).c_str());
+    }
+    EXPECT_EQ(calls.take(), Strings{});
+}
+
+// An entry that is open around an operation keeps what the operation wrote into the lock.
+TEST(Dll, EveryOperationWritesItsNameIntoTheLock)
+{
+    Calls calls;
+    OpenDll dll(crafted().c_str());
+    const cTracedLock& lock = dll.record_.lock;
+    void* found = nullptr;
+    const TracedEntry outer(dll.record_.lock, L"test");
+    const auto nameOf = [&](auto operation) {
+        operation();
+        EXPECT_GT(lock.holderLine, 0u);
+        EXPECT_EQ(lock.depth, 1);
+        return std::wstring(lock.holderOperation);
+    };
+    EXPECT_EQ(nameOf([&] { dll.getProc(); }), L"CDll::getProc");
+    EXPECT_EQ(nameOf([&] { dll.getLastError(); }), L"CDll::getLastError");
+    EXPECT_EQ(nameOf([&] { dll.GetProcAddress("LogonUserW", 0, &found); }), L"CDll::GetProcAddress");
+    dll.record_.inFlight = 1;
+    yields = 0;
+    setYield([]() noexcept { ++yields; });
+    EXPECT_EQ(nameOf([&] { dll.Unload(); }), L"CDll::Unload");
+    setYield(nullptr);
+    EXPECT_EQ(yields, 1);
+    dll.record_.callEnvironment = 0;
+    calls.take();
+    dll.Load(crafted().c_str());
+    EXPECT_EQ(dll.record_.inFlight, 0);
+    dll.Unload();
+    EXPECT_EQ(calls.take(), Strings{});
+}
+
+TEST(Dll, ReportsFailuresInBoxes)
+{
+    const TestHeap heap; // nothing of the texts stays behind
+    Calls calls;
+    Boxes boxes;
+    void* found = nullptr;
+    const Box missing = {0, "Can not get procedure address - 'NoSuchFunction'", "Error", 0x10};
+    for (const std::int32_t report : {0, 1, 2, -1}) {
+        SCOPED_TRACE(report);
+        CDll dll(L"no such library.dll", "NoSuchFunction", report);
+        EXPECT_EQ(dll.record().report, report == 1);
+        const Box box = {0, "Can not load module no such library.dll\nerr - 126", "Error", 0x10};
+        EXPECT_EQ(boxes.take(), report ? std::vector<Box>{box} : std::vector<Box>{});
+        EXPECT_FALSE(dll.Load(crafted().c_str(), "NoSuchFunction", report));
+        EXPECT_EQ(boxes.take(), report ? std::vector<Box>{missing} : std::vector<Box>{});
+        EXPECT_FALSE(dll.GetProcAddress("NoSuchFunction", !report, &found));
+        EXPECT_EQ(boxes.take(), report ? std::vector<Box>{} : std::vector<Box>{missing});
+    }
+}
+
+TEST(Dll, KeepsLongPathsCutAndSearchesBesideTheLibraryWhenAsked)
+{
+    Calls calls;
+    std::wstring path = programFolder();
+    while (path.size() + 11 < 300) path += path.size() + 11 == 299 ? L"\\" : L".\\";
+    path += L"crafted.dll";
+    ASSERT_EQ(path.size(), 300u);
+    EXPECT_EQ(CDll(path.c_str()).record().path, path.substr(0, 259));
+    const std::wstring dependent = programFolder() + L"beside\\dependent.dll";
+    EXPECT_FALSE(CDll().Load(dependent.c_str()));
+    EXPECT_FALSE(CDll().Load(dependent.c_str(), nullptr, 0, -1));
+    EXPECT_TRUE(CDll().Load(dependent.c_str(), nullptr, 0, 1));
+}
+
+TEST(Dll, ThousandLoadsLeaveNoHandle)
+{
+    Calls calls;
+    CDll dll;
+    dll.Load(crafted().c_str());
+    dll.Unload();
+    const int before = openHandles();
+    const HANDLE planted = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    ASSERT_EQ(openHandles(), before + 1) << "the count does not see a leak";
+    CloseHandle(planted);
+    for (int i = 0; i < 1000; ++i) {
+        ASSERT_TRUE(dll.Load(crafted().c_str(), "LogonUserW"));
+        dll.Unload();
+    }
+    EXPECT_EQ(openHandles(), before);
+    EXPECT_EQ(GetModuleHandleW(L"crafted.dll"), nullptr);
+    EXPECT_EQ(calls.count("InitInstance"), 1001u);
+    EXPECT_EQ(calls.count("UnloadEnvironment"), 1001u);
+}
+
+TEST(Dll, ThreadsShareOneWrapper)
+{
+    Calls calls;
+    CDll dll;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i)
+        threads.emplace_back([&dll, i] {
+            for (int turn = 0; turn < 60; ++turn) {
+                void* found = nullptr;
+                if ((turn + i) % 3 == 0) dll.Load(crafted().c_str(), "LogonUserW");
+                const bool isFound = dll.GetProcAddress("LogonUserA", 0, &found);
+                EXPECT_EQ(isFound, found != nullptr);
+                if ((turn + i) % 3 == 1) dll.Unload();
+                EXPECT_LE(dll.getLastError(), 3u); // 4 is seen only by whoever loads
+            }
+        });
+    for (std::thread& thread : threads) thread.join();
+    dll.Unload();
+    EXPECT_EQ(calls.count("InitInstance"), calls.count("UnloadEnvironment"));
+    EXPECT_GT(calls.count("InitInstance"), 0u);
+    EXPECT_EQ(GetModuleHandleW(L"crafted.dll"), nullptr);
+    EXPECT_EQ(dll.record().lock.depth, 0);
+    EXPECT_EQ(dll.record().lock.holderOperation, nullptr);
+}
+
+TEST(SysDll, ReadsTheVersionAndStaysLoadedUnlessReleaseIsPermitted)
+{
+    Calls calls;
+    {
+        CSysDll dll;
+        CDll& base = dll;
+        EXPECT_TRUE(dll.Load(crafted().c_str()));
+        EXPECT_TRUE(dll.Load(L"no such library.dll")); // one is loaded already
+        EXPECT_EQ(calls.take().back(), "DllGetVersion(20)");
+        EXPECT_EQ(dll.version().major, 10u);
+        EXPECT_EQ(dll.version().platform, 40u);
+        base.Unload();
+        EXPECT_EQ(dll.getLastError(), 0u);
+        EXPECT_FALSE(setReleaseSystemLibraries(true)); // the default
+        base.Unload();
+        EXPECT_EQ(dll.getLastError(), 3u);
+        EXPECT_EQ(GetModuleHandleW(L"crafted.dll"), nullptr);
+        EXPECT_TRUE(dll.Load(crafted().c_str()));
+        EXPECT_TRUE(setReleaseSystemLibraries(false));
+    }
+    const HMODULE kept = GetModuleHandleW(L"crafted.dll");
+    ASSERT_NE(kept, nullptr); // also when the object is gone
+    FreeLibrary(kept);
+
+    CSysDll silent;
+    EXPECT_FALSE(silent.Load(craftedWithout({"DllGetVersion"}).c_str()));
+    EXPECT_NE(silent.record().module, nullptr);
+    EXPECT_EQ(silent.getLastError(), 2u);
+    FreeLibrary(static_cast<HMODULE>(silent.record().module)); // so that its file can be deleted
+}
+
+} // namespace
+} // namespace toolbelt::test

@@ -1,0 +1,4 @@
+extern "C" __declspec(dllexport) int needed()
+{
+    return 1;
+}

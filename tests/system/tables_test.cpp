@@ -1,0 +1,189 @@
+// The tables of bound functions, over crafted libraries that lack what a case asks for, and over the system's.
+#include <windows.h>
+
+#include <iterator>
+#include <sstream>
+
+#include "Includes/system/advapi_dll.h"
+#include "Includes/system/missing_function.h"
+#include "Includes/system/resource_library.h"
+#include "Includes/system/shell32_dll.h"
+#include "Includes/system/system_description.h"
+#include "tests/system/support.h"
+
+namespace toolbelt::test {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+constexpr char ADVAPI_NAMES[] =
+    "OpenSCManagerA CreateServiceA StartServiceA OpenServiceA SetEntriesInAclA CloseServiceHandle "
+    "AllocateAndInitializeSid InitializeSecurityDescriptor SetSecurityDescriptorDacl DeleteServiceA ControlServiceA "
+    "QueryServiceStatus OpenSCManagerW CreateServiceW StartServiceW OpenServiceW SetEntriesInAclW RegDeleteKeyExA "
+    "RegDeleteKeyExW RevertToSelf LookupPrivilegeValueA LookupPrivilegeValueW LogonUserW LogonUserA "
+    "ImpersonateNamedPipeClient ImpersonateLoggedOnUser CreateProcessWithLogonW QueryServiceConfigW "
+    "ChangeServiceConfigW OpenProcessToken GetTokenInformation LogonUserExW";
+constexpr char SHELL_NAMES[] =
+    "SHGetSpecialFolderPathA SHGetSpecialFolderPathW SHGetPathFromIDListW SHGetSpecialFolderLocation SHBrowseForFolder "
+    "SHGetPathFromIDList SHGetMalloc FindExecutableA ExtractIconW ExtractIconA ExtractIconExW ExtractIconExA "
+    "SHGetFileInfoA SHGetFileInfo";
+
+Strings split(const char* names)
+{
+    std::istringstream stream(names);
+    return {std::istream_iterator<std::string>(stream), {}};
+}
+
+void* addressOf(const CDll& dll, const std::string& name)
+{
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(dll.record().module), name.c_str()));
+}
+
+// Each slot holds the address of its own name.
+template <typename Functions>
+void expectSlots(const CDll& table, const Functions& functions, const char* names)
+{
+    const Strings each = split(names);
+    ASSERT_EQ(each.size() * sizeof(void*), sizeof(functions));
+    for (std::size_t i = 0; i < each.size(); ++i)
+        EXPECT_EQ(reinterpret_cast<void* const*>(&functions)[i], addressOf(table, each[i])) << each[i];
+}
+
+TEST(AdvApi, BindsOnceAndTellsHowFarItCame)
+{
+    Calls calls;
+    Boxes boxes;
+    {
+        CAdvAPIDll table;
+        calls.answer("OpenSCManagerA", 77);
+        ASSERT_TRUE(table.bind(crafted().c_str()));
+        expectSlots(table, table.binding().functions, ADVAPI_NAMES);
+        EXPECT_EQ(table.binding().step, -2);
+        EXPECT_EQ(table.getLastError(), 0u);
+        EXPECT_EQ(table.binding().serviceManager, reinterpret_cast<void*>(77));
+        EXPECT_TRUE(table.bind(L"no such library.dll"));
+        EXPECT_EQ(calls.count("OpenSCManagerA"), 1u);
+        void* found = nullptr;
+        EXPECT_FALSE(table.GetProcAddress("NoSuchFunction", &found)); // without a box
+        EXPECT_FALSE(table.bind());
+    }
+    const Strings all = calls.take();
+    EXPECT_EQ(Strings(all.begin() + 1, all.end()),
+              (Strings{"OpenSCManagerA(983103)", "CloseServiceHandle(77)", "UnloadEnvironment(0)"}));
+
+    for (std::int32_t i = 0; i < 9; ++i) {
+        CAdvAPIDll table;
+        const std::wstring path = craftedWithout({split(ADVAPI_NAMES)[i]});
+        EXPECT_FALSE(table.bind(path.c_str()));
+        EXPECT_EQ(table.binding().step, 1000 + i + 1);
+        EXPECT_EQ(table.getLastError(), 2u);
+        EXPECT_FALSE(table.bind(crafted().c_str())); // no second try
+        EXPECT_EQ(calls.count("InitInstance"), 2u + static_cast<std::uint32_t>(i));
+    }
+    CAdvAPIDll absent;
+    EXPECT_FALSE(absent.bind(L"no such library.dll"));
+    EXPECT_EQ(absent.getLastError(), 1u);
+    EXPECT_FALSE(absent.bind(crafted().c_str()));
+    EXPECT_EQ(absent.binding().step, 0);
+}
+
+TEST(AdvApi, OptionalFunctionsFallBackOrStayNullAndTheManagersErrorIsLost)
+{
+    Calls calls;
+    calls.answer("OpenSCManagerA", 0);
+    struct OpenTable : CAdvAPIDll
+    {
+        using CDll::record_;
+    } table;
+    const TracedEntry outer(table.record_.lock, L"test");
+    ASSERT_TRUE(table.bind(craftedWithout({"DeleteServiceA", "ControlServiceA", "LookupPrivilegeValueA",
+                                           "LookupPrivilegeValue", "LogonUserExW"})
+                               .c_str()));
+    EXPECT_STREQ(table.record_.lock.holderOperation, L"CAdvAPIDll::GetProcAddress");
+    const AdvApiFunctions& functions = table.binding().functions;
+    EXPECT_TRUE(functions.deleteService && functions.deleteService == addressOf(table, "DeleteService"));
+    EXPECT_TRUE(functions.controlService && functions.controlService == addressOf(table, "ControlService"));
+    EXPECT_EQ(functions.lookupPrivilegeValueA, nullptr);
+    EXPECT_EQ(functions.logonUserExW, nullptr);
+    EXPECT_EQ(table.binding().serviceManager, nullptr);
+    EXPECT_EQ(table.binding().step, -2);
+    EXPECT_EQ(table.getLastError(), 0u);
+
+    Boxes boxes;
+    void* found = nullptr;
+    table.record_.report = 1;
+    EXPECT_FALSE(table.GetProcAddress("LogonUserExW", &found));
+    EXPECT_EQ(boxes.take(), (std::vector<Box>{{0, "Can not get procedure address - 'LogonUserExW'", "Error", 0x10}}));
+}
+
+TEST(Shell, DocumentsFolderInFourSteps)
+{
+    Calls calls;
+    Boxes boxes;
+    const std::string direct = "SHGetSpecialFolderPathW";
+    wchar_t path[DLL_PATH_UNITS];
+    cShell32Dll whole(crafted().c_str());
+    expectSlots(whole, whole.functions(), SHELL_NAMES);
+    calls.take();
+    EXPECT_TRUE(whole.getDocumentsFolder(path));
+    EXPECT_STREQ(path, L"X:\\direct");
+    EXPECT_EQ(calls.take(), Strings{"SHGetSpecialFolderPathW(5)"});
+    calls.answer(direct, 0);
+    EXPECT_FALSE(whole.getDocumentsFolder(path));
+
+    cShell32Dll neither(craftedWithout({direct, "SHGetSpecialFolderLocation"}).c_str());
+    EXPECT_FALSE(neither.getDocumentsFolder(path));
+    EXPECT_EQ(boxes.take().size(), 1u);
+
+    cShell32Dll lists(craftedWithout({direct}).c_str());
+    for (const int converted : {1, 0}) {
+        calls.take();
+        calls.answer("SHGetPathFromIDListW", converted);
+        EXPECT_EQ(lists.getDocumentsFolder(path), converted == 1);
+        EXPECT_STREQ(path, L"X:\\list");
+        EXPECT_EQ(calls.take(), (Strings{"SHGetSpecialFolderLocation(5)", "SHGetPathFromIDListW(0)", "SHGetMalloc(0)",
+                                         "Free(0)", "Release(0)"}));
+    }
+    calls.answer("SHGetSpecialFolderLocation", 0);
+    EXPECT_TRUE(lists.getDocumentsFolder(path));
+    wchar_t expected[MAX_PATH], name[100];
+    DWORD units = 100;
+    GetWindowsDirectoryW(expected, MAX_PATH);
+    GetUserNameW(name, &units);
+    EXPECT_EQ(path, std::wstring(expected) + L"\\Profiles\\" + name);
+
+    EXPECT_TRUE(cShell32Dll::getStatic().getDocumentsFolder(path));
+    EXPECT_NE(GetFileAttributesW(path), INVALID_FILE_ATTRIBUTES) << "the system's own answer is a folder";
+}
+
+TEST(MissingFunction, TellsWhatIsMissingWhere)
+{
+    Calls calls;
+    Boxes boxes;
+    const CDll dll(crafted().c_str());
+    EXPECT_TRUE(requireFunction(dll, &dll, L"any"));
+    EXPECT_FALSE(requireFunction(dll, nullptr, L"CAdvAPIDll::CheckAdministratorPrivileges"));
+    const std::string line = std::to_string(__LINE__ - 1);
+    const auto narrow = [](const std::wstring& text) { return std::string(text.begin(), text.end()); };
+    Box expected = {0,
+                    "crafted.dll - Invalid function is detected!\nFunction: CAdvAPIDll::CheckAdministratorPrivileges\n"
+                    "Line: " +
+                        line + "\n" + narrow(SystemDescription()) + "\nDll path: " + narrow(crafted()),
+                    "test_system.exe", 0x40010};
+    EXPECT_EQ(boxes.take(), std::vector<Box>{expected});
+
+    const struct
+    {
+        ResourceLibrary library;
+        std::uint32_t flags;
+    } cases[] = {{{0, 1, 0, nullptr}, 0x1C0010}, {{0, 0, 0, nullptr}, 0x40010}, {{1, 1, 0, nullptr}, 0x40010}};
+    for (const auto& each : cases) {
+        EXPECT_EQ(setResourceLibrary(&each.library), nullptr); // none from the start
+        requireFunction(dll, nullptr, L"any");
+        EXPECT_EQ(boxes.take().at(0).flags, each.flags);
+        setResourceLibrary(nullptr);
+    }
+}
+
+} // namespace
+} // namespace toolbelt::test
