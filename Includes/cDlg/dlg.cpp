@@ -1,0 +1,148 @@
+#include "Includes/cDlg/dlg.h"
+
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include <cstring>
+
+#include "Includes/cDlg/dialog_procedure.h"
+#include "Includes/cDlg/dialog_template.h"
+#include "Includes/stringFuncs/diagnostics.h"
+#include "Includes/stringFuncs/wcs.h"
+#include "Includes/system/message_box.h"
+#include "Includes/system/resource_library.h"
+#include "crypto/base/heap.h"
+
+namespace toolbelt {
+namespace {
+
+static_assert(offsetof(DlgRecord, useCopy) == 16 && offsetof(DlgRecord, topmost) == 17);
+static_assert(offsetof(DlgRecord, chainedProcedure) == 20 && offsetof(DlgRecord, sizeLimits) == 24);
+static_assert(offsetof(DlgRecord, captionButton) == 44 && offsetof(DlgRecord, messageHook) == 48);
+
+constexpr wchar_t FAILURE_TITLE[] = L"Errror in creating dialog!"; // so known to users and their search engines
+constexpr int NOT_CREATED = -1;
+
+// One byte more than the template: what reads a final text may look behind it.
+constexpr std::size_t SPARE = 1;
+
+} // namespace
+
+cDlg::~cDlg()
+{
+    const auto self = static_cast<LONG>(reinterpret_cast<std::intptr_t>(this));
+    if (window && IsWindow(window) && GetWindowLongW(window, GWLP_USERDATA) == self)
+        SetWindowLongW(window, GWLP_USERDATA, 0);
+    SafeFree(&record.ownedBuffer);
+}
+
+std::int32_t cDlg::DoModal(InstanceHandle module, std::uint32_t id, WindowHandle parent, WindowProcedure chained)
+{
+    if (!prepare(module, id, parent, chained, 0)) return NOT_CREATED;
+    const auto self = reinterpret_cast<LPARAM>(this);
+    SetLastError(ERROR_SUCCESS); // so that an error of earlier work is not taken for this one's
+    std::intptr_t result = DialogBoxIndirectParamW(instance, static_cast<const DLGTEMPLATE*>(record.ownedBuffer),
+                                                   parent, dialogProcedure, self);
+    // A dialog that has run may well have ended with -1: it is not shown twice.
+    const auto failed = [&] { return result == NOT_CREATED && window == nullptr; };
+    if (!failed() || GetLastError() == ERROR_SUCCESS) return result;
+
+    result = DialogBoxParamA(instance, MAKEINTRESOURCEA(id), parent, dialogProcedure, self);
+    if (!failed()) return result;
+    const DWORD error = GetLastError();
+    cWCS text;
+    showMessage(parent, text.SystemErrorText(error), FAILURE_TITLE,
+                MESSAGE_ICON_STOP | (isRightToLeft() ? MESSAGE_RIGHT_TO_LEFT : 0));
+    SetLastError(error);
+    return result;
+}
+
+WindowHandle cDlg::Create(InstanceHandle module, std::uint32_t id, WindowHandle parent, WindowProcedure chained)
+{
+    if (!prepare(module, id, parent, chained, 1)) return nullptr;
+    const auto self = reinterpret_cast<LPARAM>(this);
+    if (record.useCopy == 0) return CreateDialogParamA(instance, MAKEINTRESOURCEA(id), parent, dialogProcedure, self);
+    return CreateDialogIndirectParamW(instance, static_cast<const DLGTEMPLATE*>(record.ownedBuffer), parent,
+                                      dialogProcedure, self);
+}
+
+WindowHandle cDlg::Create(InstanceHandle module, std::uint32_t id, WindowHandle parent)
+{
+    return Create(module, id, parent, nullptr);
+}
+
+// Takes a parent that is no window for none.
+bool cDlg::prepare(InstanceHandle module, std::uint32_t id, WindowHandle& parent, WindowProcedure chained,
+                   std::uint32_t modeless) noexcept
+{
+    instance = module;
+    window = nullptr;
+    record.templateId = id;
+    record.chainedProcedure = chained;
+    record.modeless = modeless;
+    if (!IsWindow(parent)) parent = nullptr;
+    InitCommonControls(); // templates may name the common controls' classes
+    return copyTemplate();
+}
+
+bool cDlg::copyTemplate() noexcept
+{
+    const HRSRC found = FindResourceW(instance, MAKEINTRESOURCEW(record.templateId), RT_DIALOG);
+    const HGLOBAL loaded = found ? LoadResource(instance, found) : nullptr;
+    const void* const source = loaded ? LockResource(loaded) : nullptr;
+    if (!source) return false;
+    const std::size_t size = SizeofResource(instance, found);
+    if (bufferSize_ < size + SPARE) {
+        SafeFree(&record.ownedBuffer);
+        record.ownedBuffer = heap::allocate(size + SPARE);
+        bufferSize_ = record.ownedBuffer ? size + SPARE : 0;
+    }
+    auto* const copy = static_cast<std::uint8_t*>(record.ownedBuffer);
+    if (copy) {
+        std::memcpy(copy, source, size);
+        copy[size] = 0;
+    } else {
+        reportOutOfMemory();
+    }
+    FreeResource(loaded);
+    return copy && isWholeTemplate(copy, size) && (!isRightToLeft() || setTemplateRightToLeft(copy, size));
+}
+
+wchar_t* cDlg::HelpFilePath(wchar_t* buffer, std::uint32_t size)
+{
+    constexpr wchar_t EXTENSION[] = L"CHM";
+    constexpr std::uint32_t EXTENSION_UNITS = 3;
+    const std::uint32_t length = GetModuleFileNameW(nullptr, buffer, size);
+    if (length < EXTENSION_UNITS || length >= size) return nullptr;
+    std::memcpy(buffer + length - EXTENSION_UNITS, EXTENSION, sizeof(EXTENSION));
+    const DWORD attributes = GetFileAttributesW(buffer);
+    return attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY) ? buffer : nullptr;
+}
+
+void cDlg::OnCaptionButton(std::int32_t) {}
+
+std::uint8_t cDlg::OnInitDialog()
+{
+    return 1;
+}
+
+MessageResult cDlg::DefaultHandler(unsigned int message, WordParameter word, LongParameter)
+{
+    if (message == WM_INITDIALOG) return OnInitDialog();
+    if (message != WM_COMMAND) return 0;
+    // The system only hides a modeless dialog that is ended.
+    if (record.modeless != 0)
+        DestroyWindow(window);
+    else
+        EndDialog(window, LOWORD(word));
+    return 1;
+}
+
+MessageResult cDlg::OnMessage(unsigned int, WordParameter, LongParameter)
+{
+    return 0;
+}
+
+} // namespace toolbelt

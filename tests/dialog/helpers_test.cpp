@@ -1,0 +1,134 @@
+// The countdown button, icon painting and text measuring.
+#include "Includes/cDlg/countdown.h"
+#include "Includes/cDlg/dialog_drawing.h"
+#include "tests/dialog/support.h"
+
+extern "C" {
+extern void* systemParametersSlot __asm__("__imp__SystemParametersInfoW@16");
+extern void* createFontSlot __asm__("__imp__CreateFontIndirectW@4");
+}
+
+namespace toolbelt::test {
+namespace {
+
+struct Counting : Observed<cDlg>, cCountdownButton
+{
+    using cCountdownButton::StartCountdown;
+    using cCountdownButton::StopCountdown;
+    Texts seen; // the first button's caption after each second, and commands
+    bool keepOpen = true;
+
+    MessageResult OnMessage(UINT message, WPARAM word, LPARAM parameter) override
+    {
+        if (message == WM_COMMAND) {
+            seen.push_back(std::to_string(word));
+            EXPECT_EQ(reinterpret_cast<HWND>(parameter), GetDlgItem(window, LOWORD(word)));
+            return keepOpen;
+        }
+        if (!OnCountdownMessage(message, word)) return 0;
+        seen.push_back(textOf(window, BUTTON_FIRST));
+        return 1;
+    }
+};
+
+TEST(Countdown, ShowsWhatIsLeftAndPressesOnce)
+{
+    Counting dialog;
+    const HWND window = dialog.open(DIALOG_CLASSIC);
+    const auto tick = [&](int count) {
+        while (count-- > 0) SendMessageW(window, WM_TIMER, COUNTDOWN_TIMER, 0);
+    };
+    EXPECT_FALSE(dialog.StartCountdown(0, BUTTON_FIRST));
+    EXPECT_FALSE(dialog.StartCountdown(3, BODY_TEXT, 3)); // no button's identifier, and there are two buttons
+    tick(1);
+    ASSERT_TRUE(dialog.StartCountdown(3, BUTTON_FIRST));
+    EXPECT_EQ(textOf(window, BUTTON_FIRST), "&First");
+    tick(5);
+    EXPECT_EQ(dialog.seen,
+              (Texts{"&First (2)", "&First (1)", std::to_string(MAKEWPARAM(BUTTON_FIRST, BN_CLICKED)), "&First"}));
+    for (const int id : {0, BODY_TEXT}) { // the second button, by number; stopped before the end
+        ASSERT_TRUE(dialog.StartCountdown(3, id, 2));
+        tick(1);
+        EXPECT_EQ(textOf(window, BUTTON_SECOND), "&Second (2)");
+        dialog.StopCountdown();
+        tick(3);
+        EXPECT_EQ(textOf(window, BUTTON_SECOND), "&Second");
+    }
+
+    dialog.keepOpen = false; // by the system's timer, to the end
+    const DWORD start = GetTickCount();
+    ASSERT_TRUE(dialog.StartCountdown(2, BUTTON_SECOND));
+    pump(20000, [&] { return !IsWindow(window); });
+    EXPECT_FALSE(IsWindow(window));
+    EXPECT_GE(GetTickCount() - start, 1900u);
+}
+
+TEST(DialogDrawing, IconStandsWhereThePlaceholderWas)
+{
+    const Recorder recorder;
+    const HICON icon = static_cast<HICON>(
+        LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(ICON_KEY), IMAGE_ICON, 32, 32, LR_SHARED));
+    for (const bool rightToLeft : {false, true}) {
+        const Language language(rightToLeft);
+        Observed<cDlg> dialog;
+        const HWND window = dialog.open(DIALOG_CLASSIC);
+        ShowWindow(window, SW_SHOWNOACTIVATE);
+        SetWindowPos(GetDlgItem(window, BODY_TEXT), nullptr, 40, 20, 32, 32, SWP_NOZORDER);
+        UpdateWindow(window);
+        const HDC device = GetDC(window);
+        const auto drawn = [&](int x, int y) { return GetPixel(device, x, y) != GetSysColor(COLOR_BTNFACE); };
+        PaintIcon(window, device, BODY_TEXT, icon);
+        EXPECT_FALSE(IsWindowVisible(GetDlgItem(window, BODY_TEXT)));
+        EXPECT_TRUE(drawn(56, 24) && drawn(44, 36) && drawn(68, 40)); // the tile, in from its edges
+        EXPECT_FALSE(drawn(38, 36) || drawn(56, 18) || drawn(74, 36) || drawn(56, 54));
+        EXPECT_EQ(recorder.take(), Texts{});
+        PaintIcon(window, device, 999, icon);
+        EXPECT_EQ(recorder.take().at(0).rfind("hWnd != NULL cDlg ", 0), 0u);
+        ReleaseDC(window, device);
+        DestroyWindow(window);
+    }
+}
+
+decltype(&SystemParametersInfoW) realParameters;
+std::pair<UINT, UINT> sizes; // told to the query, and in its record
+
+BOOL WINAPI watchedParameters(UINT action, UINT size, void* record, UINT flags)
+{
+    sizes = {size, static_cast<NONCLIENTMETRICSW*>(record)->cbSize};
+    return realParameters(action, size, record, flags);
+}
+BOOL WINAPI refusedParameters(UINT, UINT, void*, UINT)
+{
+    return FALSE;
+}
+HFONT WINAPI refusedFont(const LOGFONTW*)
+{
+    return nullptr;
+}
+
+TEST(DialogDrawing, TextIsMeasuredInTheFontOfMessageBoxes)
+{
+    const Recorder recorder;
+    realParameters = reinterpret_cast<decltype(realParameters)>(systemParametersSlot);
+    RECT one = {10, 20, 10, 20}, broken = {0, 0, 60, 0}, kept = {1, 2, 3, 4};
+    {
+        const Replaced watched(&systemParametersSlot, watchedParameters);
+        EXPECT_TRUE(MeasureText(L"Several words in one line", DT_SINGLELINE, one));
+        EXPECT_EQ(sizes, std::pair(504u, 500u));
+    }
+    EXPECT_TRUE(MeasureText(L"Several words in one line", DT_WORDBREAK, broken));
+    EXPECT_TRUE(one.left == 10 && one.top == 20 && one.right > 80 && broken.right <= 60);
+    EXPECT_GE(broken.bottom, 2 * (one.bottom - one.top));
+    {
+        const Replaced refused(&systemParametersSlot, refusedParameters);
+        EXPECT_FALSE(MeasureText(L"x", 0, kept));
+        EXPECT_EQ(recorder.take().at(0).rfind("false cDlg ", 0), 0u);
+    }
+    const Replaced refused(&createFontSlot, refusedFont);
+    EXPECT_FALSE(MeasureText(L"x", 0, kept));
+    EXPECT_EQ(recorder.take().at(0).rfind("hFont != NULL cDlg ", 0), 0u);
+    EXPECT_TRUE(kept.right == 3 && kept.bottom == 4);
+}
+
+} // namespace
+} // namespace toolbelt::test

@@ -1,0 +1,113 @@
+#include "tests/dialog/support.h"
+
+#include <cstring>
+
+#include "Includes/stringFuncs/diagnostics.h"
+#include "Includes/system/message_box.h"
+
+namespace toolbelt::test {
+namespace {
+
+Texts recorded;
+
+void recordAssertion(const wchar_t* expression, const wchar_t* file, std::int32_t line)
+{
+    recorded.push_back(narrow(expression) + " " + narrow(file) + " " + std::to_string(line));
+}
+
+int __stdcall recordBox(void*, const char* text, const char* title, unsigned int flags)
+{
+    recorded.push_back(std::string(title) + "|" + text + "|" + std::to_string(flags));
+    SetLastError(4711); // as the system's own box may
+    return IDOK;
+}
+
+void recordInitialisation(std::uint32_t identifier, void* dialog)
+{
+    if (IsWindow(static_cast<HWND>(dialog))) recorded.push_back(std::to_string(identifier));
+}
+
+} // namespace
+
+Recorder::Recorder()
+{
+    recorded.clear();
+    setAssertionReport(recordAssertion);
+    setMessageBoxFunction(recordBox);
+}
+Recorder::~Recorder()
+{
+    setAssertionReport(nullptr);
+    setMessageBoxFunction(nullptr);
+}
+Texts Recorder::take()
+{
+    return std::exchange(recorded, {});
+}
+
+Language::Language(bool rightToLeft, std::uint32_t identifier, std::uint32_t status)
+    : library{status, rightToLeft, identifier, recordInitialisation}
+{
+    setResourceLibrary(&library);
+}
+
+std::string narrow(const wchar_t* text)
+{
+    return std::string(text, text + std::wcslen(text));
+}
+
+RECT windowRect(HWND window)
+{
+    RECT rectangle = {};
+    GetWindowRect(window, &rectangle);
+    return rectangle;
+}
+
+RECT clientRect(HWND window)
+{
+    RECT rectangle = {};
+    GetClientRect(window, &rectangle);
+    return rectangle;
+}
+
+std::string textOf(HWND dialog, int id)
+{
+    wchar_t text[200] = {};
+    GetWindowTextW(id ? GetDlgItem(dialog, id) : dialog, text, 200);
+    return narrow(text);
+}
+
+void pump(DWORD milliseconds, const std::function<bool()>& done)
+{
+    const DWORD start = GetTickCount();
+    while (!done() && GetTickCount() - start < milliseconds) {
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
+    }
+}
+
+std::vector<int> countObjects()
+{
+    std::vector<int> count = {static_cast<int>(GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)), 0, 0, 0};
+    if (count[0] == 0) { // Wine does not tell; the process's handle table does: 24 bytes an entry, a type of 0 is free
+        const char* table = nullptr;
+        std::memcpy(&table, reinterpret_cast<const char*>(__readfsdword(0x30)) + 0x94, sizeof table);
+        for (int i = 0; i < 0x4000; ++i) count[0] += table[24 * i + 14] != 0;
+    }
+    for (std::uintptr_t handle = 0x20; handle < 0x2000; handle += 2) {
+        DWORD process = 0;
+        GetWindowThreadProcessId(reinterpret_cast<HWND>(handle), &process);
+        count[1] += process == GetCurrentProcessId();
+        count[2] += IsMenu(reinterpret_cast<HMENU>(handle)) != 0;
+        ICONINFO icon;
+        if (process == 0 && GetIconInfo(reinterpret_cast<HICON>(handle), &icon)) {
+            ++count[3];
+            DeleteObject(icon.hbmColor);
+            DeleteObject(icon.hbmMask);
+        }
+    }
+    return count;
+}
+
+} // namespace toolbelt::test
