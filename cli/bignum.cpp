@@ -1,9 +1,10 @@
 // bignum: arithmetic on numbers given in hexadecimal.
 #include "crypto/bignum/bignum.h"
 #include "cli/command.h"
-#include "cli/console.h"
+#include "cli/results.h"
 #include "cli/text.h"
 #include "crypto/bignum/modular.h"
+#include "crypto/bignum/primes.h"
 
 namespace toolbelt::cli {
 namespace {
@@ -22,11 +23,21 @@ std::uint32_t shiftCount(const BigNum& count)
     return std::min(bits, MAX_BITS + 1);
 }
 
+// Witnesses of the probable-prime test.
+constexpr std::uint32_t PRIME_ROUNDS = 25;
+
+// 1 or 0. Without a table of small primes, which would divide itself; the test takes no even number.
+Status testPrime(BigNum& verdict, const BigNum& n)
+{
+    const bool prime = bnCompareWord(n, 2) == 0 || bnProbablePrime(n, PRIME_ROUNDS);
+    return bnAddWord(verdict, verdict, prime);
+}
+
 struct Operation
 {
     const char* name;
     std::uint32_t operands;
-    std::uint32_t results;
+    std::uint32_t results; // numbers to print; 0: the first is a verdict
     Status (*run)(BigNum* result, const BigNum* operand);
 };
 
@@ -46,6 +57,7 @@ constexpr Operation operations[] = {
     {"gcd", 2, 1, [](BigNum* r, const BigNum* x) { return bnGcd(r[0], x[0], x[1]); }},
     {"inverse", 2, 1, [](BigNum* r, const BigNum* x) { return bnModInverse(r[0], x[0], x[1]); }},
     {"modmul", 3, 1, [](BigNum* r, const BigNum* x) { return bnModMultiply(r[0], x[0], x[1], x[2]); }},
+    {"prime", 1, 0, [](BigNum* r, const BigNum* x) { return testPrime(r[0], x[0]); }},
     {"modexp", 3, 1, [](BigNum* r, const BigNum* x) { return bnModExp(r[0], x[0], x[1], x[2]); }},
 };
 
@@ -75,6 +87,7 @@ Action prepareBignum(CLI::App& app)
                "  inverse A N         1/A mod N\n"
                "  modmul A B N        A * B mod N\n"
                "  modexp A E N        A to the power of E, mod N\n"
+               "  prime A             prime or composite, by 25 Fermat rounds: a Carmichael number may pass\n"
                "One result a line, in lower-case hex without leading zeros. A result that does not exist (a negative\n"
                "difference, a division by 0, no inverse) has exit code 3.\n\n"
                "Example: toolbelt bignum modexp 2 10001 ffffffffffffffc5");
@@ -90,7 +103,12 @@ Action prepareBignum(CLI::App& app)
             check(subject, bnImport(operand[i], bytes->data(), static_cast<std::uint32_t>(bytes->size())));
         }
         check(subject, operation.run(result, operand));
-        for (std::uint32_t i = 0; i < operation.results; ++i) printLine(numberText(result[i]));
+        for (std::uint32_t i = 0; i < operation.results; ++i)
+            printResult(numberText(result[i]), {"result", numberText(result[i])});
+        if (operation.results == 0) {
+            const char* verdict = bnCompareWord(result[0], 0) != 0 ? "prime" : "composite";
+            printResult(verdict, {"result", verdict});
+        }
         return EXIT_DONE;
     };
 }

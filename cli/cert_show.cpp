@@ -4,6 +4,7 @@
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/key_facts.h"
+#include "cli/results.h"
 #include "cli/text.h"
 
 namespace toolbelt::cli {
@@ -261,7 +262,7 @@ Fact certificateFact(const std::string& name, const CertificateInfo& certificate
 
     Fact fact{"certificate", name};
     auto& parts = fact.parts;
-    parts.push_back({"version", std::to_string(certificate.version)});
+    parts.push_back(numberFact("version", static_cast<std::uint64_t>(certificate.version)));
     parts.push_back({"serial", serialText(certificate.serialNumber)});
     parts.push_back({"issuer", nameText(fields[first + 2])});
     parts.push_back({"subject", nameText(fields[first + 4])});
@@ -295,7 +296,7 @@ Action prepareCertShow(CLI::App& app)
             return forEach(readCertificates(file), [](const Document& document) {
                 CertificateInfo certificate;
                 check(document.name, readWholeCertificate(certificate, document));
-                printFact(certificateFact(document.name, certificate));
+                printResult(certificateFact(document.name, certificate));
                 return EXIT_DONE;
             });
         });

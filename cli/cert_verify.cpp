@@ -5,6 +5,7 @@
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/key_facts.h"
+#include "cli/results.h"
 #include "crypto/hash/hash.h"
 
 namespace toolbelt::cli {
@@ -140,16 +141,19 @@ std::int64_t parseDate(const std::string& text)
 }
 
 // Counts of the verdicts; those that did not occur are not named.
-std::string totalsText(const std::map<Verdict, unsigned>& counts, unsigned unreadable)
+void printTotals(const std::map<Verdict, unsigned>& counts, unsigned unreadable)
 {
     unsigned total = unreadable;
-    std::string text;
+    Fact totals = numberFact("total", 0);
     for (const auto& [verdict, count] : counts) {
         total += count;
-        text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + verdictTexts[static_cast<int>(verdict)];
+        totals.parts.push_back(numberFact(verdictTexts[static_cast<int>(verdict)], count));
     }
-    if (unreadable != 0) text += (text.empty() ? "" : ", ") + std::to_string(unreadable) + " unreadable";
-    return std::to_string(total) + " in total: " + text;
+    if (unreadable != 0) totals.parts.push_back(numberFact("unreadable", unreadable));
+    std::string text;
+    for (const Fact& part : totals.parts) text += (text.empty() ? "" : ", ") + part.value + " " + part.name;
+    totals.value = std::to_string(total);
+    printResult(totals.value + " in total: " + text, totals);
 }
 
 } // namespace
@@ -188,13 +192,17 @@ Action prepareCertVerify(CLI::App& app)
             return forEach(documents, [&](const Document& document) {
                 const Judgement judgement = judge(document, options->issuer.empty() ? nullptr : &issuer, when);
                 const char* text = verdictTexts[static_cast<int>(judgement.verdict)];
-                printLine(document.name + ": " +
-                          (judgement.status == STATUS_OK ? text : withStatus(text, judgement.status)));
+                Fact fact{"certificate", document.name, {{"verdict", text}}};
+                if (judgement.status != STATUS_OK)
+                    fact.parts.push_back(numberFact("status", static_cast<std::uint64_t>(judgement.status)));
+                printResult(document.name + ": " +
+                                (judgement.status == STATUS_OK ? text : withStatus(text, judgement.status)),
+                            fact);
                 ++counts[judgement.verdict];
                 return exitCodeOf(judgement.verdict);
             });
         });
-        printLine(totalsText(counts, unreadable));
+        printTotals(counts, unreadable);
         return code;
     };
 }

@@ -6,6 +6,7 @@
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/files.h"
+#include "cli/results.h"
 #include "cli/text.h"
 #include "crypto/cipher/cipher.h"
 
@@ -137,13 +138,14 @@ ExitCode transformFile(const Options& options)
         size = following;
     }
     input.reset(); // the two may be the same file
+    checkInterrupt(options.out);
     output.commit();
     return EXIT_DONE;
 }
 
 ExitCode listCiphers()
 {
-    printLine("id    name              key  largest  block  offered");
+    if (!usesJson()) printLine("id    name              key  largest  block  offered");
     for (std::size_t i = 0; i < CIPHER_ROW_COUNT; ++i) {
         const CipherRow& row = cipherRows[i];
         std::uint32_t largest = 0;
@@ -152,7 +154,13 @@ ExitCode listCiphers()
         char line[96];
         std::snprintf(line, sizeof line, "%-5s %-16s %4u %8u %6u  %s", idText(row.id).c_str(), cipherNames[i], key,
                       largest, row.blockSize(), offered ? "yes" : "no");
-        printLine(line);
+        printResult(line, {"id",
+                           idText(row.id),
+                           {{"name", cipherNames[i]},
+                            numberFact("key", key),
+                            numberFact("largest", largest),
+                            numberFact("block", row.blockSize()),
+                            {"offered", offered ? "yes" : "no"}}});
     }
     return EXIT_DONE;
 }

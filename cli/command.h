@@ -22,10 +22,21 @@ Action prepareBignum(CLI::App& app);
 Action prepareArmour(CLI::App& app);
 Action prepareDearmour(CLI::App& app);
 Action prepareDerDump(CLI::App& app);
+Action prepareKeyGenerate(CLI::App& app);
 Action prepareKeyShow(CLI::App& app);
 Action prepareKeySsh(CLI::App& app);
+Action prepareSign(CLI::App& app);
+Action prepareVerify(CLI::App& app);
+Action prepareEncrypt(CLI::App& app);
+Action prepareDecrypt(CLI::App& app);
 Action prepareCertShow(CLI::App& app);
 Action prepareCertVerify(CLI::App& app);
+Action prepareDialog(CLI::App& app);
+Action prepareJsonFormat(CLI::App& app);
+Action prepareTextShow(CLI::App& app);
+Action prepareTextFind(CLI::App& app);
+Action preparePost(CLI::App& app);
+Action prepareSystem(CLI::App& app);
 
 // Runs the work; one that fails is reported, and others may still run. The system's refusal ends it all.
 template <typename Work>

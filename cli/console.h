@@ -24,37 +24,69 @@ struct Fact
     std::string name;
     std::string value;
     std::vector<Fact> parts = {};
+    // How JSON has it (results.h). The value of a number is a decimal integer, and the parts of a list need no names.
+    enum class Form
+    {
+        text,
+        number,
+        list
+    };
+    Form form = Form::text;
 };
+inline Fact numberFact(std::string name, std::uint64_t number)
+{
+    return {std::move(name), std::to_string(number), {}, Fact::Form::number};
+}
 // "name: value", a line each, parts indented below.
 void printFact(const Fact& fact, unsigned depth = 0);
 
-// How far long work has come: a line on standard error, from the first second on and only on a terminal.
+// One line on standard error that is written over and over, and gone in the end; only on a terminal.
+class StatusLine
+{
+public:
+    StatusLine();
+    ~StatusLine() { clear(); }
+    StatusLine(const StatusLine&) = delete;
+    StatusLine& operator=(const StatusLine&) = delete;
+    bool visible() const { return visible_; }
+    void show(std::string_view text); // throws nothing
+    void clear();
+
+private:
+    bool visible_;
+    std::size_t width_ = 0; // of what stands there
+};
+
+// How far long work has come: a status line, from the first second on.
 class Progress
 {
 public:
     Progress(std::string title, std::uint64_t total); // total 0: not known
-    ~Progress();
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
     void show(std::uint64_t done);
 
 private:
     std::string title_;
     std::uint64_t total_;
-    std::uint64_t started_;
-    std::uint64_t shown_ = 0;
+    StatusLine line_;
+    std::uint32_t started_;
+    std::uint32_t shown_ = 0;
 };
 
-// Ctrl+C ends the program at once (EXIT_SYSTEM) unless something would be left half done: while such a guard lives, it
-// only sets the flag that checkInterrupt turns into a Failure.
+// Ctrl+C ends the program at once (EXIT_SYSTEM) unless something would be left half done. While a guard lives it sets
+// the flag that checkInterrupt turns into a Failure, and ends the program only when that has not happened within a
+// second; while one for files lives, not even then.
 class CleanupGuard
 {
 public:
-    CleanupGuard();
+    explicit CleanupGuard(bool forFiles = false);
     ~CleanupGuard();
     CleanupGuard(const CleanupGuard&) = delete;
     CleanupGuard& operator=(const CleanupGuard&) = delete;
+
+private:
+    const bool forFiles_;
 };
+bool interruptRequested();
 void checkInterrupt(const std::string& subject);
 
 } // namespace toolbelt::cli

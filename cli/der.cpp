@@ -4,6 +4,7 @@
 #include "cli/console.h"
 #include "cli/documents.h"
 #include "cli/key_facts.h"
+#include "cli/results.h"
 #include "cli/text.h"
 
 namespace toolbelt::cli {
@@ -140,8 +141,9 @@ class Dump
 public:
     Dump(const std::string& file, const Document& document) : file_(file), start_(document.bytes.data()) {}
 
-    // Prints the elements that fill the bytes. Where they end being elements, the command ends.
-    void walk(const std::uint8_t* at, std::uint32_t left, unsigned depth) const
+    // Prints the elements that fill the bytes, or for JSON adds them to the list. Where they end being elements, the
+    // command ends.
+    void walk(const std::uint8_t* at, std::uint32_t left, unsigned depth, Fact& list) const
     {
         while (left > 0) {
             DerElement element;
@@ -151,12 +153,12 @@ public:
                 throw Failure(
                     file_, "at offset " + std::to_string(here - start_) + ": " + withStatus(statusText(status), status),
                     EXIT_INPUT);
-            show(element, depth);
+            show(element, depth, list);
         }
     }
 
 private:
-    void show(const DerElement& element, unsigned depth) const
+    void show(const DerElement& element, unsigned depth, Fact& list) const
     {
         const bool isConstructed = (element.tag & CONSTRUCTED) != 0;
         // What a string holds starts behind a BIT STRING's octet of unused bits.
@@ -171,11 +173,24 @@ private:
         if (element.indefinite) value = "of indefinite length";
         if (isNested && depth >= MAX_DEPTH) value = "nested too deep, not shown";
         const std::size_t header = static_cast<std::size_t>(element.content - element.start);
-        char numbers[64];
-        std::snprintf(numbers, sizeof numbers, "%8u %2u %8u  ", static_cast<unsigned>(element.start - start_),
-                      static_cast<unsigned>(header), static_cast<unsigned>(element.contentLength));
-        printLine(numbers + std::string(2 * depth, ' ') + tagText(element.tag) + (value.empty() ? "" : " ") + value);
-        if (isNested && depth < MAX_DEPTH) walk(inside, insideLength, depth + 1);
+        const std::size_t offset = static_cast<std::size_t>(element.start - start_);
+        Fact inner{"elements", "", {}, Fact::Form::list};
+        if (!usesJson()) {
+            char numbers[64];
+            std::snprintf(numbers, sizeof numbers, "%8u %2u %8u  ", static_cast<unsigned>(offset),
+                          static_cast<unsigned>(header), static_cast<unsigned>(element.contentLength));
+            printLine(numbers + std::string(2 * depth, ' ') + tagText(element.tag) + (value.empty() ? "" : " ") +
+                      value);
+        }
+        if (isNested && depth < MAX_DEPTH) walk(inside, insideLength, depth + 1, inner);
+        if (usesJson()) {
+            Fact fact{"", "", {numberFact("offset", offset), numberFact("header", header)}};
+            fact.parts.push_back(numberFact("length", element.contentLength));
+            fact.parts.push_back({"tag", tagText(element.tag)});
+            if (!value.empty()) fact.parts.push_back({"value", value});
+            if (isNested) fact.parts.push_back(std::move(inner));
+            list.parts.push_back(std::move(fact));
+        }
     }
 
     const std::string& file_;
@@ -198,12 +213,12 @@ Action prepareDerDump(CLI::App& app)
         for (const Document& document : readDocuments(*file)) {
             check(*file, document.status);
             if (document.bytes.empty()) throw libraryFailure(*file, DER_E_LENGTH);
-            if (!document.label.empty())
-                printLine("-----BEGIN " +
-                          readable(reinterpret_cast<const std::uint8_t*>(document.label.data()), document.label.size(),
-                                   Charset::utf8) +
-                          "-----");
-            Dump(*file, document).walk(document.bytes.data(), size32(document.bytes), 0);
+            const std::string label = readable(reinterpret_cast<const std::uint8_t*>(document.label.data()),
+                                               document.label.size(), Charset::utf8);
+            if (!label.empty() && !usesJson()) printLine("-----BEGIN " + label + "-----");
+            Fact elements{"elements", "", {}, Fact::Form::list};
+            Dump(*file, document).walk(document.bytes.data(), size32(document.bytes), 0, elements);
+            if (usesJson()) printResult({"label", label, {std::move(elements)}});
         }
         return EXIT_DONE;
     };

@@ -1,48 +1,17 @@
 // digest: digests of files, and the check of a list of them.
-#include <memory>
-
 #include "cli/command.h"
-#include "cli/console.h"
-#include "cli/files.h"
+#include "cli/file_digest.h"
+#include "cli/results.h"
 #include "cli/text.h"
-#include "crypto/hash/hash.h"
 
 namespace toolbelt::cli {
 namespace {
 
-// Keccak-512 of the engine takes every update for a message of its own unless its length is a multiple of 72. Whole
-// pieces of such a length, then the rest, give the digest of the file; the other digests do not mind.
-constexpr std::uint32_t PIECE = 72 * 8192;
 constexpr std::uint32_t LIST_LIMIT = 64 << 20;
 
-using Hash = std::unique_ptr<cHashAlg, decltype(&destroyHash)>;
-
-const HashRow& findHash(const std::string& idOrName)
+std::string hexDigest(const HashRow& row, const std::string& file)
 {
-    const std::optional<std::uint32_t> id = parseNumber(idOrName);
-    for (const HashRow& row : hashRows)
-        if (id ? static_cast<std::uint32_t>(row.id) == *id : plainName(row.name) == plainName(idOrName)) return row;
-    throw UsageError("unknown digest: " + idOrName + " (see toolbelt digest --list)");
-}
-
-std::string digestOfFile(const HashRow& row, const std::string& file)
-{
-    cHashAlg* created = nullptr;
-    check(file, createHash(&created, row.id));
-    if (!created) throw std::bad_alloc();
-    const Hash hash(created, destroyHash);
-    InputFile input(file);
-    Bytes piece(PIECE);
-    Progress progress(file, input.size());
-    std::uint64_t done = 0;
-    for (std::uint32_t size = PIECE; size == PIECE;) {
-        size = input.read(piece.data(), PIECE);
-        if (size == 0 && done != 0) break; // an empty update belongs to an empty file alone
-        check(file, hash->update(piece.data(), size));
-        progress.show(done += size);
-    }
-    Bytes digest(hashSize(hash.get()));
-    check(file, hash->final(digest.data()));
+    const Bytes digest = digestOfFile(row, file);
     return toHex(digest.data(), digest.size());
 }
 
@@ -81,8 +50,9 @@ std::vector<ListLine> readList(const HashRow& row, const std::string& path)
 ExitCode checkList(const HashRow& row, const std::string& path)
 {
     return forEach(readList(row, path), [&](const ListLine& line) {
-        const bool same = digestOfFile(row, line.file) == line.digest;
-        printLine(line.file + (same ? ": ok" : ": FAILED"));
+        const bool same = hexDigest(row, line.file) == line.digest;
+        const std::string verdict = same ? "ok" : "FAILED";
+        printResult(line.file + ": " + verdict, {"file", line.file, {{"verdict", verdict}}});
         return same ? EXIT_DONE : EXIT_NO;
     });
 }
@@ -91,7 +61,9 @@ ExitCode listDigests()
 {
     for (const std::int32_t id : offeredHashes)
         for (const HashRow& row : hashRows)
-            if (row.id == id) printLine(idText(id) + "  " + row.name + "  " + std::to_string(row.size));
+            if (row.id == id)
+                printResult(idText(id) + "  " + row.name + "  " + std::to_string(row.size),
+                            {"id", idText(id), {{"name", row.name}, numberFact("size", row.size)}});
     return EXIT_DONE;
 }
 
@@ -121,7 +93,8 @@ Action prepareDigest(CLI::App& app)
             throw UsageError("either FILE... or --check LIST is required");
         if (!options->list.empty()) return checkList(row, options->list);
         return forEach(options->files, [&](const std::string& file) {
-            printLine(digestOfFile(row, file) + "  " + file);
+            const std::string digest = hexDigest(row, file);
+            printResult(digest + "  " + file, {"file", file, {{"algorithm", row.name}, {"digest", digest}}});
             return EXIT_DONE;
         });
     };

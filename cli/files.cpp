@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <optional>
 
 #include "cli/console.h"
 #include "cli/errors.h"
@@ -26,7 +27,53 @@ Failure systemFailure(const std::string& path, const std::string& what, ExitCode
     return Failure(path, what + reason + " (system error " + std::to_string(error) + ")", exitCode);
 }
 
+// Rights that let the user of this process do all, and nobody else anything.
+class OwnerRights
+{
+public:
+    explicit OwnerRights(const std::string& path)
+    {
+        SetLastError(ERROR_SUCCESS);
+        known_ = build();
+        if (!known_ && GetLastError() != ERROR_CALL_NOT_IMPLEMENTED)
+            throw systemFailure(path, "cannot be given to its owner alone", EXIT_SYSTEM);
+    }
+    // Null where the system does not know rights: then a file gets what its folder gives.
+    SECURITY_ATTRIBUTES* attributes() { return known_ ? &attributes_ : nullptr; }
+
+private:
+    bool build()
+    {
+        HANDLE token = nullptr;
+        if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token)) return false;
+        DWORD size = 0;
+        const bool found = GetTokenInformation(token, TokenUser, user_, sizeof user_, &size) != FALSE;
+        CloseHandle(token);
+        if (!found || !InitializeAcl(list(), sizeof list_, ACL_REVISION)) return false;
+        const PSID sid = reinterpret_cast<const TOKEN_USER*>(user_)->User.Sid;
+        if (!AddAccessAllowedAce(list(), ACL_REVISION, FILE_ALL_ACCESS, sid)) return false;
+        if (!InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION)) return false;
+        if (!SetSecurityDescriptorDacl(&descriptor_, TRUE, list(), FALSE)) return false;
+        // Nothing of the folder is added. Set by hand, since the function that does it is missing before Windows 2000.
+        descriptor_.Control = static_cast<SECURITY_DESCRIPTOR_CONTROL>(descriptor_.Control | SE_DACL_PROTECTED);
+        attributes_ = {sizeof attributes_, &descriptor_, FALSE};
+        return true;
+    }
+    ACL* list() { return reinterpret_cast<ACL*>(list_); }
+
+    alignas(8) BYTE user_[256];
+    alignas(8) BYTE list_[256];
+    SECURITY_DESCRIPTOR descriptor_;
+    SECURITY_ATTRIBUTES attributes_;
+    bool known_;
+};
+
 } // namespace
+
+bool fileExists(const std::string& path)
+{
+    return GetFileAttributesW(toWide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
 
 InputFile::InputFile(const std::string& path)
     : path_(path), handle_(GetStdHandle(STD_INPUT_HANDLE)), owned_(path != "-")
@@ -83,7 +130,8 @@ Bytes readWhole(const std::string& path, std::uint32_t limit)
     }
 }
 
-OutputFile::OutputFile(const std::string& path) : path_(path), target_(toWide(path)), handle_(INVALID_HANDLE_VALUE)
+OutputFile::OutputFile(const std::string& path, FileAccess access)
+    : access_(access), path_(path), target_(toWide(path)), handle_(INVALID_HANDLE_VALUE)
 {
     checkInterrupt(path_);
     if (path_ == "-") {
@@ -91,10 +139,13 @@ OutputFile::OutputFile(const std::string& path) : path_(path), target_(toWide(pa
         handle_ = GetStdHandle(STD_OUTPUT_HANDLE);
         return;
     }
+    std::optional<OwnerRights> rights;
+    if (access == FileAccess::owner) rights.emplace(path_);
+    SECURITY_ATTRIBUTES* const attributes = rights ? rights->attributes() : nullptr;
     for (unsigned attempt = 0; attempt < 100; ++attempt) {
         temporary_ = target_ + L".tmp-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(attempt);
         handle_ =
-            CreateFileW(temporary_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+            CreateFileW(temporary_.c_str(), GENERIC_WRITE, 0, attributes, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
         if (handle_ != INVALID_HANDLE_VALUE) return;
         if (GetLastError() != ERROR_FILE_EXISTS) break;
     }
@@ -127,12 +178,13 @@ void OutputFile::write(const std::uint8_t* bytes, std::size_t size)
     }
 }
 
-void OutputFile::commit()
+void OutputFile::commit(bool replace)
 {
-    checkInterrupt(path_);
     if (temporary_.empty()) return;
+    // A key that is lost with the power is lost for good.
+    if (access_ == FileAccess::owner) FlushFileBuffers(handle_);
     close();
-    if (!MoveFileExW(temporary_.c_str(), target_.c_str(), MOVEFILE_REPLACE_EXISTING))
+    if (!MoveFileExW(temporary_.c_str(), target_.c_str(), replace ? MOVEFILE_REPLACE_EXISTING : 0))
         throw systemFailure(path_, "cannot be written", EXIT_SYSTEM);
     temporary_.clear();
 }
@@ -141,6 +193,7 @@ void writeWhole(const std::string& path, const Bytes& bytes)
 {
     OutputFile file(path);
     file.write(bytes.data(), bytes.size());
+    checkInterrupt(path);
     file.commit();
 }
 

@@ -60,26 +60,35 @@ private:
     std::uint64_t size_ = 0;
 };
 
+bool fileExists(const std::string& path);
 // The whole file, of at most limit bytes (below 2 GB).
 Bytes readWhole(const std::string& path, std::uint32_t limit);
+
+enum class FileAccess
+{
+    usual, // what the folder passes on
+    owner, // the user alone, where the file system knows such rights
+};
 
 // A file that appears whole or not at all: what is written goes to a temporary file beside the target, which commit
 // renames to it. A file that was there before stays as it is until then. Standard output is written as it comes.
 class OutputFile
 {
 public:
-    explicit OutputFile(const std::string& path);
+    explicit OutputFile(const std::string& path, FileAccess access = FileAccess::usual);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
     void write(const std::uint8_t* bytes, std::size_t size);
-    void commit();
+    // With replace unset, a file that has appeared under the name stays, and that is a failure.
+    void commit(bool replace = true);
 
 private:
     void close();
 
-    const CleanupGuard guard_; // Ctrl+C must not leave the temporary file
+    const CleanupGuard guard_{true}; // Ctrl+C must not leave the temporary file
+    const FileAccess access_;
     std::string path_;
     std::wstring target_;
     std::wstring temporary_; // empty when there is none any more

@@ -2,6 +2,8 @@
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/key_facts.h"
+#include "cli/library_output.h"
+#include "cli/results.h"
 #include "crypto/encoding/base64.h"
 #include "crypto/encoding/key_text.h"
 
@@ -17,11 +19,13 @@ Action prepareKeyShow(CLI::App& app)
     const auto options = std::make_shared<Options>();
     app.add_option("FILE", options->file, "a PEM or DER key, or a certificate")->required()->type_name("");
     app.add_flag("--private", options->privateNumbers, "the private numbers too");
-    app.footer("Reads RSA keys: SubjectPublicKeyInfo, RSAPublicKey, RSAPrivateKey and unencrypted PrivateKeyInfo.\n"
-               "Another kind of key is refused with status 33. A file of several is read up to its first key.\n\n"
-               "Example: toolbelt key show server.pem");
+    app.footer(
+        "Reads RSA, DSA and ElGamal (DH) keys: SubjectPublicKeyInfo, traditional private keys, RSAPublicKey, and an\n"
+        "unencrypted PrivateKeyInfo of an RSA key.\n"
+        "Another kind of key is refused with status 33. A file of several is read up to its first key.\n\n"
+        "Example: toolbelt key show server.pem");
     return [options]() {
-        printFact(keyFact(readKeyFile(options->file), options->privateNumbers));
+        printResult(keyFact(readKeyFile(options->file), options->privateNumbers));
         return EXIT_DONE;
     };
 }
@@ -35,22 +39,16 @@ Action prepareKeySsh(CLI::App& app)
     app.footer("Example: toolbelt key ssh server.pem >> authorized_keys");
     return [file]() {
         LoadedKey loaded = readKeyFile(*file);
-        if (loaded.isPrivate) {
-            cPKA* made = nullptr;
-            check(*file, loaded.key->makePublic(&made));
-            loaded.key.reset(made);
-        }
-        std::uint32_t size = 0;
-        const Status asked = exportSshRsa(*loaded.key, nullptr, &size);
-        if (asked != STATUS_BUFFER_TOO_SMALL) check(*file, asked);
-        Bytes blob(size);
-        check(*file, exportSshRsa(*loaded.key, blob.data(), &size));
-
+        usePublicHalf(loaded, *file);
+        const Bytes blob = outputOf(
+            *file, [&](std::uint8_t* output, std::uint32_t* size) { return exportSshRsa(*loaded.key, output, size); });
         const std::uint32_t flags = BASE64_NO_CHECKSUM | BASE64_NO_BREAKS;
-        std::string text((std::size_t(size) + 2) / 3 * 4, '\0');
-        std::uint32_t length = static_cast<std::uint32_t>(text.size());
-        check(*file, base64Encode(text.data(), &length, blob.data(), size, nullptr, nullptr, nullptr, nullptr, flags));
-        printLine("ssh-rsa " + text);
+        const Bytes text = outputOf(*file, [&](std::uint8_t* output, std::uint32_t* size) {
+            return base64Encode(reinterpret_cast<char*>(output), size, blob.data(), size32(blob), nullptr, nullptr,
+                                nullptr, nullptr, flags);
+        });
+        const std::string line = "ssh-rsa " + std::string(characters(text), text.size());
+        printResult(line, {"key", line});
         return EXIT_DONE;
     };
 }

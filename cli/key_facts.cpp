@@ -3,16 +3,11 @@
 #include <cstdio>
 
 #include "cli/errors.h"
-#include "cli/text.h"
+#include "cli/key_kinds.h"
 #include "crypto/pka/rsa.h"
 
 namespace toolbelt::cli {
 namespace {
-
-std::string bitsText(const BigNum& number)
-{
-    return std::to_string(bnBitLength(number));
-}
 
 // Parses the SEQUENCE that the bytes are, with nothing behind it.
 Status parseWhole(DerElement& sequence, const std::uint8_t* bytes, std::uint32_t size)
@@ -77,9 +72,9 @@ Status readKeyDocument(LoadedKey& loaded, const Document& document)
         if (status == STATUS_OK) status = readPublicKeyFromInfo(&key, info);
     } else if (shape == "II") {
         status = newPublicRsaFromDer(&key, sequence);
-    } else if (shape == "IIIIIIIII") {
+    } else if (const KeyKind* const kind = findKindByShape(shape)) {
         loaded.isPrivate = true;
-        status = newPrivateRsaFromDer(&key, sequence);
+        status = kind->readPrivate(&key, sequence);
     } else if (shape.starts_with("ISO")) {
         loaded.isPrivate = true;
         status = readPrivateKeyInfo(&key, sequence);
@@ -89,11 +84,6 @@ Status readKeyDocument(LoadedKey& loaded, const Document& document)
     }
     loaded.key.reset(key);
     return status;
-}
-
-void addNumber(Fact& fact, const char* name, const BigNum* number)
-{
-    fact.parts.push_back({name, numberText(*number)});
 }
 
 } // namespace
@@ -114,32 +104,19 @@ LoadedKey readKeyFile(const std::string& path)
     return loaded;
 }
 
+void usePublicHalf(LoadedKey& loaded, const std::string& path)
+{
+    if (!loaded.isPrivate) return;
+    cPKA* made = nullptr;
+    check(path, loaded.key->makePublic(&made));
+    loaded.key.reset(made);
+    loaded.isPrivate = false;
+}
+
 Fact keyFact(const LoadedKey& loaded, bool privateNumbers)
 {
-    if (loaded.key->algorithm() != PKA_RSA)
-        return {"key",
-                "public-key algorithm " + std::to_string(loaded.key->algorithm()),
-                {{"bytes", std::to_string(loaded.key->keyLength())}}};
-    Fact fact{"key", loaded.isPrivate ? "RSA private key" : "RSA public key"};
-    if (!loaded.isPrivate) {
-        const RsaPublicKey& record = static_cast<const cPublicRSA&>(*loaded.key).record();
-        fact.parts.push_back({"bits", bitsText(*record.n)});
-        addNumber(fact, "n", record.n);
-        addNumber(fact, "e", record.e);
-        return fact;
-    }
-    const RsaPrivateKey& record = static_cast<const cPrivateRSA&>(*loaded.key).record();
-    fact.parts.push_back({"bits", bitsText(*record.n)});
-    addNumber(fact, "n", record.n);
-    addNumber(fact, "e", record.e);
-    if (privateNumbers) {
-        addNumber(fact, "d", record.d);
-        addNumber(fact, "p", record.p);
-        addNumber(fact, "q", record.q);
-        addNumber(fact, "dp", record.dp);
-        addNumber(fact, "dq", record.dq);
-        addNumber(fact, "qinv", record.qinv);
-    }
+    Fact fact = findKind(loaded.key->algorithm())->numbers(*loaded.key, loaded.isPrivate, privateNumbers);
+    fact.name = "key";
     return fact;
 }
 

@@ -17,9 +17,12 @@ struct LoadedKey
     bool isPrivate = false;
 };
 
-// The first key, or certificate, of a file: SubjectPublicKeyInfo, RSAPublicKey, RSAPrivateKey, PrivateKeyInfo with an
-// RSA key, or a certificate's key; as PEM or DER.
+// The first key, or certificate, of a file: SubjectPublicKeyInfo, RSAPublicKey, a private key in its traditional form,
+// PrivateKeyInfo with an RSA key, or a certificate's key; as PEM or DER.
 LoadedKey readKeyFile(const std::string& path);
+
+// Of a private key, makes the public one.
+void usePublicHalf(LoadedKey& loaded, const std::string& path);
 
 // Kind, bits and numbers of a key that was read; the private numbers only when they are asked for.
 Fact keyFact(const LoadedKey& key, bool privateNumbers);

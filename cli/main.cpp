@@ -8,6 +8,7 @@
 
 #include "cli/command.h"
 #include "cli/console.h"
+#include "cli/results.h"
 #include "cli/text.h"
 
 namespace toolbelt::cli {
@@ -31,14 +32,27 @@ constexpr Command commands[] = {
     {"armour", "[OPTIONS] IN OUT", "a file as base64 or armoured text", prepareArmour},
     {"dearmour", "[OPTIONS] IN OUT", "the file back from such a text", prepareDearmour},
     {"der dump", "FILE", "the elements of a DER file", prepareDerDump},
+    {"key generate", "rsa|dsa|elgamal --bits N --out NAME", "a new pair of key files", prepareKeyGenerate},
     {"key show", "[--private] FILE", "a key's kind and numbers", prepareKeyShow},
     {"key ssh", "FILE", "an RSA key as ssh-rsa text", prepareKeySsh},
+    {"sign", "--key KEY -a ALG [OPTIONS] FILE", "a signature over a file's digest", prepareSign},
+    {"verify", "--key KEY -a ALG --signature SIG FILE", "whether such a signature is right", prepareVerify},
+    {"encrypt", "--key KEY IN OUT", "a short message under a public key", prepareEncrypt},
+    {"decrypt", "--key KEY IN OUT", "and back", prepareDecrypt},
     {"cert show", "FILE...", "what certificates say", prepareCertShow},
     {"cert verify", "[--issuer FILE] [--at YYYY-MM-DD] FILE...", "signatures and dates of certificates",
      prepareCertVerify},
+    {"json format", "[--hide POINTER]... [--blank POINTER]... FILE", "a JSON document as the library writes it",
+     prepareJsonFormat},
+    {"text show", "FILE", "a text file as UTF-8", prepareTextShow},
+    {"text find", "[--skip-key] FILE KEY", "the line that begins with KEY", prepareTextFind},
+    {"post", "URL FILE", "a JSON document to a web server, and its answer", preparePost},
+    {"dialog", "plain|coloured|countdown [--screenshot FILE.bmp]", "one of the library's dialogs, on the screen",
+     prepareDialog},
+    {"system", "", "what the program runs on, as the library sees it", prepareSystem},
 };
 
-constexpr char GENERAL_USAGE[] = "toolbelt COMMAND [OPTIONS] ARGUMENTS...";
+constexpr char GENERAL_USAGE[] = "toolbelt [--json] COMMAND [OPTIONS] ARGUMENTS...";
 
 std::string usageOf(const Command& command)
 {
@@ -71,6 +85,7 @@ void printHelp(const std::string& group)
 {
     print(std::string("Usage: ") + GENERAL_USAGE + "\n\nCommands:\n" + listCommands(group) +
           "\n`toolbelt COMMAND --help` tells a command's options, with an example; `toolbelt --version` the version.\n"
+          "`--json` before the command gives what it finds out as one JSON document, an array of results.\n"
           "`-` as a file is standard input or output. Exit codes: 0 done, or yes; 1 the answer is no; 2 wrong usage;\n"
           "3 input that cannot be read or is malformed; 4 the system refused.\n");
 }
@@ -152,7 +167,10 @@ ExitCode run(const std::vector<std::string>& arguments)
 ExitCode runGuarded(const std::vector<std::string>& arguments)
 {
     try {
-        const ExitCode code = run(arguments);
+        const bool json = !arguments.empty() && arguments[0] == "--json";
+        if (json) useJson();
+        const ExitCode code = run({arguments.begin() + json, arguments.end()});
+        printCollected();
         flushOutput();
         return code;
     } catch (const UsageError& error) {

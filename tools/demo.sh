@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # The main job, on real input: toolbelt.exe checks every certificate of this machine's trust store, the test chains of
-# tests/vectors, each with its issuer, and damaged certificates. Exits 1 when a verdict is not the expected one.
+# tests/vectors, each with its issuer, and damaged certificates; then it posts a JSON document to a server on loopback.
+# The dialogs
+# are shown on a virtual screen and pictured in build/screenshots. Exits 1 when something is not as expected.
 # ./run demo sets up and builds first.
 set -u
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -73,6 +75,22 @@ flip $((size - 10)) "$work/changed-signature.der"
 verify "$work"/*.pem "$work"/*.der | table "Damaged certificates: each must be refused"
 unexpected_if "$(grep -c ': ok' "$work/table")" "a damaged certificate was accepted"
 unexpected_if $((7 - $(wc -l <"$work/table"))) "damaged certificates without a verdict"
+
+printf '\nA JSON document, posted to a server on loopback; its answer, formatted:\n\n'
+cat >"$work/item.json" <<'JSON'
+{"item": {"name": "Gr\u00fc\u00dfe", "amount": 3, "tags": ["a", "b"], "paid": true, "note": null}}
+JSON
+sed 's/^/  posted   /' "$work/item.json"
+# shellcheck disable=SC2016
+"$root/tests/net/with_server.py" bash -c 'wine "$0" post "http://localhost:${TOOLBELT_TEST_PORTS%% *}/json" "$1"' \
+    "$build_dir/windows/bin/toolbelt.exe" "$work/item.json" >"$work/answer.json" 2>"$work/err" ||
+    unexpected_if 1 "the post failed: $(cat "$work/err")"
+wine "$build_dir/windows/bin/toolbelt.exe" json format - <"$work/answer.json" 2>"$work/err" | tr -d '\r' | tee "$work/formatted" |
+    sed 's/^/  answer   /'
+unexpected_if $((1 - $(grep -c '"paid":true' "$work/formatted"))) "the answer does not hold what was posted: $(cat "$work/err")"
+
+printf '\nThe dialogs, shown and pictured:\n\n'
+"$root/tools/screenshots.sh" || unexpected_if 1 "a dialog could not be shown"
 
 printf '\nUnexpected verdicts: %d\n' "$unexpected"
 [ "$unexpected" -eq 0 ]

@@ -6,7 +6,8 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 . "$root/tools/common.sh"
 
 host_packages=(cmake ninja-build g++ g++-multilib googletest ca-certificates openssl)
-windows_packages=(g++-mingw-w64-i686-posix libcli11-dev wine wine32:i386 xvfb xauth)
+windows_packages=(g++-mingw-w64-i686-posix libcli11-dev patch xz-utils wine wine32:i386 libgnutls30:i386 python3-minimal xvfb xauth fonts-wine fonts-liberation)
+json_parser_version=1.1.0
 
 # missing PACKAGE...: prints those that are not installed.
 missing() {
@@ -30,22 +31,49 @@ apt() { as_root env DEBIAN_FRONTEND=noninteractive apt-get -y --no-install-recom
 # One unreachable or lagging suite must not end the set-up: what counts is whether the install resolves.
 update_lists() { apt update || say "apt-get update reported errors; going on with the lists there are"; }
 
+# private_sources TYPE: fills $build_dir/apt with the machine's own sources, the main and updates suites alone, as TYPE
+# (deb or deb-src), and sets $private_options for apt-get.
+private_sources() {
+    local private=$build_dir/apt/$1 file
+    mkdir -p "$private/sources" "$private/lists/partial" "$private/cache/archives/partial"
+    rm -f "$private/sources/"*
+    for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
+        [ -r "$file" ] && grep -E '^deb .*[[:space:]]bookworm(-updates)?[[:space:]]' "$file" | sed "s/^deb /$1 /" >>"$private/sources/main.list" || true
+    done
+    for file in /etc/apt/sources.list.d/*.sources; do
+        [ -r "$file" ] && awk 'BEGIN { RS = ""; ORS = "\n\n" } /Suites:[^\n]*bookworm/ && !/security/' "$file" |
+            sed "s/^Types:.*/Types: $1/" >>"$private/sources/main.sources"
+    done
+    private_options=(-o Dir::Etc::sourcelist=/dev/null -o "Dir::Etc::sourceparts=$private/sources"
+        -o "Dir::State::Lists=$private/lists" -o "Dir::Cache=$private/cache" -o APT::Sandbox::User=root)
+}
+
 # Packages that exist for both architectures must have equal versions, and a security mirror can lag behind for one of
 # them. The point release alone always agrees with itself.
 install_from_point_release() {
-    local private=$build_dir/apt file
-    mkdir -p "$private/sources" "$private/lists/partial"
-    rm -f "$private/sources/"*
-    for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
-        [ -r "$file" ] && grep -E '^deb .*[[:space:]]bookworm(-updates)?[[:space:]]' "$file" >>"$private/sources/main.list" || true
+    private_sources deb
+    apt "${private_options[@]}" update
+    apt "${private_options[@]}" install "$@" || apt "${private_options[@]}" --allow-downgrades install "$@"
+}
+
+# json-parser in the sources that Debian ships, its patches applied (one of them mends a read beyond the text), in
+# $build_dir/deps/json-parser. It is there whole or not at all.
+fetch_json_parser() {
+    local work=$build_dir/deps/json-parser.tmp name
+    private_sources deb-src
+    rm -rf "$work"
+    mkdir -p "$work"
+    apt-get -q "${private_options[@]}" update
+    (cd "$work" && apt-get -q "${private_options[@]}" source --download-only libjsonparser)
+    for name in "$work/libjsonparser_$json_parser_version".orig.tar.* "$work/libjsonparser_$json_parser_version"-*.debian.tar.*; do
+        [ -e "$name" ] || { echo "not there: ${name##*/}"; ls "$work"; return 1; }
+        tar -C "$work" -xf "$name"
     done
-    for file in /etc/apt/sources.list.d/*.sources; do
-        [ -r "$file" ] && awk 'BEGIN { RS = ""; ORS = "\n\n" } /Suites:[^\n]*bookworm/ && !/security/' "$file" >>"$private/sources/main.sources"
-    done
-    local options=(-o Dir::Etc::sourcelist=/dev/null -o "Dir::Etc::sourceparts=$private/sources"
-        -o "Dir::State::Lists=$private/lists" -o APT::Sandbox::User=root)
-    apt "${options[@]}" update
-    apt "${options[@]}" install "$@" || apt "${options[@]}" --allow-downgrades install "$@"
+    while read -r name; do
+        patch -d "$work/json-parser-$json_parser_version" -p1 -i "$work/debian/patches/$name"
+    done <"$work/debian/patches/series"
+    mv "$work/json-parser-$json_parser_version" "$build_dir/deps/json-parser"
+    rm -rf "$work" "$build_dir/apt/deb-src"
 }
 
 install() {
@@ -65,10 +93,21 @@ if [ "${#wanted[@]}" -gt 0 ]; then
     step "installing ${wanted[*]}" setup install "${wanted[@]}"
 fi
 
+if [ "$kind" = windows ] && [ ! -e "$build_dir/deps/json-parser" ]; then
+    step "fetching json-parser $json_parser_version" json-parser fetch_json_parser
+fi
+
 # Wine's first start builds its prefix; it wants a screen while it does.
 if [ "$kind" = windows ] && [ ! -e "$WINEPREFIX/ready" ]; then
     mkdir -p "$WINEPREFIX"
     # shellcheck disable=SC2016
     step "preparing Wine (once)" wine xvfb-run -a sh -c 'wineboot --init && wineserver -w'
     touch "$WINEPREFIX/ready"
+fi
+
+# Wine's own faces of the dialogs' font and of the signs in captions: it finds them in this folder alone.
+if [ "$kind" = windows ]; then
+    for font in marlett tahoma tahomabd; do
+        [ -e "$WINEPREFIX/drive_c/windows/Fonts/$font.ttf" ] || cp "/usr/share/wine/fonts/$font.ttf" "$WINEPREFIX/drive_c/windows/Fonts/"
+    done
 fi

@@ -131,6 +131,11 @@ std::string Scratch::path(const std::string& name) const
     return narrow(folder_) + name;
 }
 
+std::wstring Scratch::widePath(const std::string& name) const
+{
+    return folder_ + wide(name);
+}
+
 std::string Scratch::write(const std::string& name, const std::string& bytes) const
 {
     std::FILE* file = _wfopen((folder_ + wide(name)).c_str(), L"wb");

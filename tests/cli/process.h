@@ -24,7 +24,8 @@ public:
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
 
-    std::string path(const std::string& name) const;                            // UTF-8
+    std::string path(const std::string& name) const; // UTF-8
+    std::wstring widePath(const std::string& name) const;
     std::string write(const std::string& name, const std::string& bytes) const; // returns the path
     std::string read(const std::string& name) const;
     // The names of the files in it, sorted.

@@ -21,17 +21,11 @@ TEST(Tool, HelpIsOnStandardOutputAndWrongUsageIsExitCode2)
     const Outcome help = run({"--help"});
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_EQ(help.err, "");
-    for (const Arguments& command : std::vector<Arguments>{{"digest"},
-                                                           {"cipher", "encrypt"},
-                                                           {"cipher", "decrypt"},
-                                                           {"bignum"},
-                                                           {"armour"},
-                                                           {"dearmour"},
-                                                           {"der", "dump"},
-                                                           {"key", "show"},
-                                                           {"key", "ssh"},
-                                                           {"cert", "show"},
-                                                           {"cert", "verify"}}) {
+    for (const Arguments& command : std::vector<Arguments>{
+             {"digest"},      {"cipher", "encrypt"}, {"cipher", "decrypt"}, {"bignum"}, {"armour"}, {"dearmour"},
+             {"der", "dump"}, {"key", "generate"},   {"key", "show"},       {"sign"},   {"verify"}, {"encrypt"},
+             {"decrypt"},     {"text", "show"},      {"text", "find"},      {"post"},   {"system"}, {"dialog"},
+             {"key", "ssh"},  {"cert", "show"},      {"cert", "verify"}}) {
         const std::string name = command.size() == 1 ? command[0] : command[0] + " " + command[1];
         EXPECT_TRUE(contains(help.out, "\n  " + name)) << name;
         Arguments asking = command;
@@ -155,6 +149,11 @@ TEST(Bignum, ComputesAndRefuses)
         {{"inverse", "3", "b"}, "4\n"},
         {{"modmul", "7", "8", "b"}, "1\n"},
         {{"modexp", "2", "10001", "ffffffffffffffc5"}, "3427c9aca4f7af13\n"},
+        {{"prime", "2"}, "prime\n"},
+        {{"prime", "3"}, "prime\n"},
+        {{"prime", "ffffffffffffffc5"}, "prime\n"},
+        {{"prime", "231"}, "composite\n"},
+        {{"prime", "0"}, "composite\n"},
     };
     for (const auto& [arguments, expected] : cases) {
         Arguments whole = {"bignum"};
@@ -251,13 +250,20 @@ TEST(Key, ShowsAndConvertsWhatTheVectorsSay)
     for (const Record& record : readVectors("keys/public-keys.txt")) {
         const std::string file = "keys/" + record.get("file");
         const Outcome shown = run({"key", "show", file}), ssh = run({"key", "ssh", file});
+        const auto plain = [](const std::string& hex) { return hex.substr(hex.find_first_not_of('0')); };
+        if (record.has("y")) {
+            const std::string kind = record.get("key") == "DSA" ? "DSA" : "ElGamal";
+            EXPECT_TRUE(contains(shown.out, "key: " + kind + " public key\n  bits: " + record.get("key-bits"))) << file;
+            EXPECT_TRUE(contains(shown.out, "\n  y: " + plain(record.get("y")) + "\n")) << file;
+            EXPECT_TRUE(contains(ssh.err, "(status 30)\n")) << ssh.err;
+            continue;
+        }
         if (record.get("key") != "RSA") {
             EXPECT_EQ(shown.exitCode, 3) << file;
             const std::string status = record.get("key") == "Ed25519" ? "(status 15)\n" : "(status 33)\n";
             EXPECT_TRUE(contains(shown.err, status) && contains(ssh.err, status)) << shown.err;
             continue;
         }
-        const auto plain = [](const std::string& hex) { return hex.substr(hex.find_first_not_of('0')); };
         EXPECT_EQ(shown.out, "key: RSA public key\n  bits: " + record.get("key-bits") +
                                  "\n  n: " + plain(record.get("n")) + "\n  e: " + plain(record.get("e")) + "\n");
         EXPECT_EQ(ssh.out, "ssh-rsa " + record.get("ssh-rsa") + "\n") << file;

@@ -1,0 +1,274 @@
+// dialog: the library's dialogs, shown: a plain one, one with a coloured header, and one that a countdown closes.
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include "Includes/cDlg/colored_dlg.h"
+#include "Includes/cDlg/countdown.h"
+#include "Includes/cDlg/dialog_drawing.h"
+#include "Includes/cDlg/header_layout.h"
+#include "Includes/system/system_description.h"
+#include "cli/command.h"
+#include "cli/dialogs.h"
+#include "cli/key_search.h"
+#include "cli/results.h"
+#include "cli/screenshot.h"
+#include "cli/text.h"
+#include "crypto/base/cpu.h"
+
+namespace toolbelt::cli {
+namespace {
+
+struct Options
+{
+    std::string kind, screenshot;
+    std::uint32_t seconds = 30, bits = 4096;
+};
+
+constexpr UINT_PTR PICTURE_TIMER = 1;
+constexpr UINT PICTURE_DELAY = 1500; // milliseconds until all is drawn and the countdown shows a number
+constexpr UINT_PTR FIGURES_TIMER = 2;
+constexpr UINT FIGURES_PERIOD = 250;
+constexpr UINT SEARCH_ENDED = WM_APP;
+
+// What the three have in common: the program's icon, in the caption and where the dialog wants it, and the picture.
+template <typename Base>
+class Shown : public Base
+{
+public:
+    explicit Shown(const Options& options) : options_(options)
+    {
+        this->record.iconId = ICON_PROGRAM;
+        this->record.useCopy = 1;
+    }
+
+    int show(std::uint32_t id)
+    {
+        const std::int32_t result = this->DoModal(GetModuleHandleW(nullptr), id, nullptr, nullptr);
+        if (result < 0) throw Failure("dialog", "cannot be shown: is there a screen?", EXIT_SYSTEM);
+        if (options_.screenshot.empty()) return result;
+        if (picture_.empty()) throw Failure(options_.screenshot, "no picture could be taken", EXIT_SYSTEM);
+        writeWhole(options_.screenshot, picture_);
+        return result;
+    }
+
+    MessageResult OnMessage(UINT message, WPARAM word, LPARAM parameter) override
+    {
+        if (const MessageResult answer = Base::OnMessage(message, word, parameter)) return answer;
+        switch (message) {
+        case WM_INITDIALOG:
+            if (!options_.screenshot.empty()) SetTimer(this->window, PICTURE_TIMER, PICTURE_DELAY, nullptr);
+            SetForegroundWindow(this->window);
+            return 0;
+        case WM_TIMER:
+            if (word != PICTURE_TIMER) return 0;
+            KillTimer(this->window, PICTURE_TIMER);
+            takePicture();
+            return 1;
+        case WM_COMMAND:
+            return LOWORD(word) != IDOK && LOWORD(word) != IDCANCEL; // a choice does not close the dialog
+        default:
+            return 0;
+        }
+    }
+
+protected:
+    void setText(int id, const std::string& text) { SetDlgItemTextW(this->window, id, toWide(text).c_str()); }
+    void paintIcon(HDC device)
+    {
+        const auto icon = reinterpret_cast<HICON>(SendMessageW(this->window, WM_GETICON, ICON_BIG, 0));
+        PaintIcon(this->window, device, PLACE_OF_ICON, icon);
+    }
+    // The whole answer to WM_PAINT of a dialog whose background is the system's.
+    MessageResult paintWithIcon()
+    {
+        PAINTSTRUCT paint;
+        if (const HDC device = BeginPaint(this->window, &paint)) paintIcon(device);
+        EndPaint(this->window, &paint);
+        return 1;
+    }
+    // Whether the dialog closes itself in the end, picture or not.
+    virtual bool closesItself() const { return false; }
+
+    const Options& options_;
+
+private:
+    void takePicture()
+    {
+        try {
+            picture_ = pictureOf(this->window);
+        } catch (const std::bad_alloc&) {
+            // No picture: show says so.
+        }
+        if (!closesItself()) PostMessageW(this->window, WM_CLOSE, 0, 0);
+    }
+
+    Bytes picture_;
+};
+
+class PlainDialog : public Shown<cDlg>
+{
+public:
+    using Shown::Shown;
+
+    MessageResult OnMessage(UINT message, WPARAM word, LPARAM parameter) override
+    {
+        if (message == WM_PAINT) return paintWithIcon();
+        return Shown::OnMessage(message, word, parameter);
+    }
+    std::uint8_t OnInitDialog() override
+    {
+        std::string features(cpu::nameFeaturesInUse(nullptr, 0) + 1, '\0');
+        features.resize(cpu::nameFeaturesInUse(features.data(), features.size()));
+        setText(TEXT_TITLE, "Toolbelt " TOOLBELT_VERSION);
+        SendDlgItemMessageW(window, TEXT_TITLE, WM_SETFONT, reinterpret_cast<WPARAM>(sharedFonts().arial12), TRUE);
+        setText(TEXT_LIBRARY, "toolbelt.dll, 32 bits");
+        setText(TEXT_SYSTEM, toUtf8(SystemDescription()));
+        setText(TEXT_PROCESSOR, features.empty() ? "no special instructions" : features);
+        return 1;
+    }
+};
+
+class ColouredDialog : public Shown<cColoredDlg>
+{
+public:
+    explicit ColouredDialog(const Options& options) : Shown(options)
+    {
+        colours.headerHeight = suitableHeaderHeight(screenDpi(), 1, false);
+        colours.gradientColour = RGB(150, 196, 240);
+        colours.titleId = TEXT_TITLE;
+        colours.textId = TEXT_SUBTITLE;
+        colours.iconPlaceId = PLACE_OF_ICON;
+        colours.titleText = L"Toolbelt";
+    }
+
+    MessageResult OnMessage(UINT message, WPARAM word, LPARAM parameter) override
+    {
+        const MessageResult answer = Shown::OnMessage(message, word, parameter);
+        if (message == WM_ERASEBKGND && answer != 0) paintIcon(reinterpret_cast<HDC>(word));
+        // The texts stand on the gradient itself, not on a plate of their own.
+        if (message == WM_CTLCOLORSTATIC && answer != 0)
+            return reinterpret_cast<MessageResult>(GetStockObject(NULL_BRUSH));
+        if (message == WM_SIZE) follow({LOWORD(parameter), HIWORD(parameter)});
+        return answer;
+    }
+    std::uint8_t OnInitDialog() override
+    {
+        CheckRadioButton(window, FORM_PEM, FORM_DER, FORM_PEM);
+        RECT client;
+        GetClientRect(window, &client);
+        size_ = {client.right, client.bottom};
+        return 1;
+    }
+
+private:
+    // The group grows with the dialog, and the buttons stay in its corner.
+    void follow(SIZE size)
+    {
+        if (size_.cx == 0 || size.cx == 0) return;
+        const int dx = size.cx - size_.cx, dy = size.cy - size_.cy;
+        size_ = size;
+        const auto change = [this](int id, int x, int y, int width, int height) {
+            RECT place;
+            GetWindowRect(GetDlgItem(window, id), &place);
+            MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
+            SetWindowPos(GetDlgItem(window, id), nullptr, place.left + x, place.top + y,
+                         place.right - place.left + width, place.bottom - place.top + height,
+                         SWP_NOZORDER | SWP_NOACTIVATE);
+        };
+        change(GROUP_FORM, 0, 0, dx, dy);
+        change(IDOK, dx, dy, 0, 0);
+        change(IDCANCEL, dx, dy, 0, 0);
+        // A group paints its frame alone: what it uncovers or grows over is drawn anew.
+        RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+    }
+
+    SIZE size_ = {};
+};
+
+class CountdownDialog : public Shown<cDlg>, cCountdownButton
+{
+public:
+    using Shown::Shown;
+
+    MessageResult OnMessage(UINT message, WPARAM word, LPARAM parameter) override
+    {
+        if (OnCountdownMessage(message, word)) return 1;
+        if (message == WM_PAINT) return paintWithIcon();
+        if (message == WM_TIMER && word == FIGURES_TIMER) return showFigures();
+        if (message == SEARCH_ENDED) {
+            EndDialog(window, search_->found() ? IDOK : IDCANCEL);
+            return 1;
+        }
+        return Shown::OnMessage(message, word, parameter);
+    }
+    std::uint8_t OnInitDialog() override
+    {
+        setText(TEXT_TITLE, "An RSA key of " + std::to_string(options_.bits) + " bits, of two safe primes");
+        SendDlgItemMessageW(window, BAR_SEARCH, PBM_SETMARQUEE, TRUE, 40);
+        started_ = GetTickCount();
+        showFigures();
+        SetTimer(window, FIGURES_TIMER, FIGURES_PERIOD, nullptr);
+        StartCountdown(static_cast<std::int32_t>(options_.seconds), IDCANCEL);
+        search_ =
+            std::make_unique<KeySearch>(options_.bits, [dialog = window] { PostMessageW(dialog, SEARCH_ENDED, 0, 0); });
+        return 1;
+    }
+
+protected:
+    bool closesItself() const override { return true; }
+
+private:
+    MessageResult showFigures()
+    {
+        static const char* const phases[] = {"Preparing\u2026", "Searching for the first prime\u2026",
+                                             "Searching for the second prime\u2026"};
+        const std::uint32_t seconds = (GetTickCount() - started_) / 1000, tried = search_ ? search_->tried() : 0;
+        setText(TEXT_PHASE, phases[search_ ? std::min(search_->phase(), 2u) : 0]);
+        setText(TEXT_FIGURES, std::to_string(seconds) + " s, " + std::to_string(tried) + " candidates tried");
+        return 1;
+    }
+
+    std::unique_ptr<KeySearch> search_;
+    std::uint32_t started_ = 0;
+};
+
+int show(const Options& options)
+{
+    if (options.kind == "plain") return PlainDialog(options).show(DIALOG_PLAIN);
+    if (options.kind == "coloured") return ColouredDialog(options).show(DIALOG_COLOURED);
+    return CountdownDialog(options).show(DIALOG_COUNTDOWN);
+}
+
+} // namespace
+
+Action prepareDialog(CLI::App& app)
+{
+    const auto options = std::make_shared<Options>();
+    app.add_option("KIND", options->kind, "plain, coloured or countdown")
+        ->required()
+        ->check(CLI::IsMember({"plain", "coloured", "countdown"}))
+        ->type_name("");
+    app.add_option("--screenshot", options->screenshot,
+                   "writes a picture of the dialog; plain and coloured are then closed")
+        ->type_name("FILE.bmp");
+    app.add_option("--seconds", options->seconds, "countdown: the seconds until Cancel is pressed; 30")
+        ->check(CLI::Range(1u, 3600u))
+        ->type_name("N");
+    app.add_option("--bits", options->bits, "countdown: size of the key that is searched for; 4096")
+        ->check(CLI::Range(512u, 16384u))
+        ->type_name("N");
+    app.footer(
+        "Prints the command that closed the dialog: ok or cancel. The countdown dialog searches for a key until\n"
+        "one is found (ok), or Cancel is pressed or presses itself (cancel); the key is thrown away.\n\n"
+        "Example: toolbelt dialog coloured --screenshot header.bmp");
+    return [options]() {
+        if (options->bits % 8 != 0) throw UsageError("--bits must be a multiple of 8");
+        const int command = show(*options);
+        const std::string name = command == IDOK ? "ok" : "cancel";
+        printResult(name, {"command", name, {numberFact("identifier", static_cast<std::uint64_t>(command))}});
+        return EXIT_DONE;
+    };
+}
+
+} // namespace toolbelt::cli

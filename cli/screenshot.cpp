@@ -1,0 +1,52 @@
+#include "cli/screenshot.h"
+
+#include <windows.h>
+
+#include <cstring>
+
+namespace toolbelt::cli {
+namespace {
+
+constexpr WORD BITS_PER_PIXEL = 24;
+
+Bytes bitmapFile(HDC device, HBITMAP bitmap, int width, int height)
+{
+    BITMAPINFO info = {};
+    info.bmiHeader = {sizeof info.bmiHeader, width, height, 1, BITS_PER_PIXEL, BI_RGB, 0, 0, 0, 0, 0};
+    const std::size_t stride = (static_cast<std::size_t>(width) * BITS_PER_PIXEL / 8 + 3) / 4 * 4;
+    BITMAPFILEHEADER file = {};
+    file.bfType = 'B' | 'M' << 8;
+    file.bfOffBits = sizeof file + sizeof info.bmiHeader;
+    Bytes bytes(file.bfOffBits + stride * static_cast<std::size_t>(height));
+    file.bfSize = size32(bytes);
+    std::memcpy(bytes.data(), &file, sizeof file);
+    std::memcpy(bytes.data() + sizeof file, &info.bmiHeader, sizeof info.bmiHeader);
+    const int lines =
+        GetDIBits(device, bitmap, 0, static_cast<UINT>(height), bytes.data() + file.bfOffBits, &info, DIB_RGB_COLORS);
+    return lines == height ? bytes : Bytes();
+}
+
+} // namespace
+
+Bytes pictureOf(HWND__* window)
+{
+    RECT place;
+    if (!GetWindowRect(window, &place)) return {};
+    RedrawWindow(window, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+    const int width = place.right - place.left, height = place.bottom - place.top;
+    Bytes bytes;
+    const HDC source = GetWindowDC(window);
+    const HDC copy = CreateCompatibleDC(source);
+    if (const HBITMAP bitmap = CreateCompatibleBitmap(source, width, height)) {
+        const HGDIOBJ before = SelectObject(copy, bitmap);
+        const bool copied = BitBlt(copy, 0, 0, width, height, source, 0, 0, SRCCOPY) != FALSE;
+        SelectObject(copy, before); // the bitmap is read outside a device
+        if (copied) bytes = bitmapFile(copy, bitmap, width, height);
+        DeleteObject(bitmap);
+    }
+    DeleteDC(copy);
+    ReleaseDC(window, source);
+    return bytes;
+}
+
+} // namespace toolbelt::cli

@@ -1,0 +1,162 @@
+// sign and verify: signatures over the digest of a file.
+#include <algorithm>
+#include <map>
+
+#include "cli/command.h"
+#include "cli/console.h"
+#include "cli/der_bytes.h"
+#include "cli/file_digest.h"
+#include "cli/key_facts.h"
+#include "cli/key_kinds.h"
+#include "cli/library_output.h"
+#include "cli/random.h"
+#include "cli/text.h"
+
+namespace toolbelt::cli {
+namespace {
+
+constexpr std::uint32_t SIGNATURE_LIMIT = 1 << 16;
+
+const std::map<std::string, SignatureFormat> formats = {
+    {"raw", SignatureFormat::raw}, {"der", SignatureFormat::der}, {"prefixed", SignatureFormat::prefixed}};
+
+struct Options
+{
+    std::string key, algorithm, format, file, signature, out = "-";
+    bool bare = false;
+};
+
+// What stands in front of a digest in a DigestInfo (RFC 8017, section 9.2, and the like for the others): the
+// identifier of the algorithm, in hexadecimal. Digests without an identifier in use can only be signed bare.
+struct DigestIdentifier
+{
+    std::int32_t id;
+    const char* octets;
+};
+constexpr DigestIdentifier digestIdentifiers[] = {
+    {1, "2a864886f70d0205"},      // MD5
+    {2, "2b0e03021a"},            // SHA-1
+    {3, "2b24030201"},            // RIPEMD-160
+    {8, "608648016503040201"},    // SHA-256
+    {0x80, "608648016503040201"}, // SHA-256
+    {10, "608648016503040203"},   // SHA-512
+};
+
+Bytes joined(Bytes first, const Bytes& second)
+{
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+Bytes digestInfo(const HashRow& row, const Bytes& digest)
+{
+    for (const DigestIdentifier& identifier : digestIdentifiers) {
+        if (identifier.id != row.id) continue;
+        const std::vector<std::uint8_t> octets = *parseHex(identifier.octets);
+        const Bytes algorithm = joined(element(DER_OID, Bytes(octets.begin(), octets.end())), Bytes{5, 0});
+        return element(DER_CONSTRUCTED_SEQUENCE,
+                       joined(element(DER_CONSTRUCTED_SEQUENCE, algorithm), element(DER_OCTET_STRING, digest)));
+    }
+    throw UsageError(std::string(row.name) + " has no identifier for a DigestInfo; --bare signs the digest alone");
+}
+
+SignatureFormat formatOf(const Options& options, const KeyKind& kind)
+{
+    const SignatureFormat format = options.format.empty() ? kind.format : formats.at(options.format);
+    if (format == SignatureFormat::raw && kind.format != SignatureFormat::raw)
+        throw UsageError(std::string("--format raw goes with RSA keys; ") + kind.name + " has der and prefixed");
+    return format;
+}
+
+// DSA looks at as many leading bytes as its q has; the others take a digest whole.
+Bytes cutDigest(Bytes digest, const KeyKind& kind, const LoadedKey& key)
+{
+    if (digest.size() > kind.digestLength(*key.key, key.isPrivate))
+        digest.resize(kind.digestLength(*key.key, key.isPrivate));
+    return digest;
+}
+
+ExitCode signFile(const Options& options)
+{
+    const HashRow& hash = findHash(options.algorithm);
+    const LoadedKey loaded = readKeyFile(options.key);
+    if (!loaded.isPrivate) throw Failure(options.key, "not a private key", EXIT_INPUT);
+    const KeyKind& kind = *findKind(loaded.key->algorithm());
+    const SignatureFormat format = formatOf(options, kind);
+    if (options.bare && kind.format != SignatureFormat::raw) throw UsageError("--bare goes with RSA keys");
+    const bool info = kind.format == SignatureFormat::raw && !options.bare;
+    if (info) digestInfo(hash, {}); // refuses before a long file is read
+
+    Bytes digest = cutDigest(digestOfFile(hash, options.file), kind, loaded);
+    if (info) digest = digestInfo(hash, digest);
+    const FilledPool pool(kind.poolLength(*loaded.key));
+    Bytes signature = outputOf(options.key, [&](std::uint8_t* output, std::uint32_t* size) {
+        return format == SignatureFormat::prefixed
+                   ? loaded.key->signPrefixed(output, size, digest.data(), size32(digest))
+                   : loaded.key->signDer(output, size, digest.data(), size32(digest));
+    });
+    if (format == SignatureFormat::raw) signature = contentOfElement(signature);
+    writeWhole(options.out, signature);
+    return EXIT_DONE;
+}
+
+ExitCode verifyFile(const Options& options)
+{
+    const HashRow& hash = findHash(options.algorithm);
+    LoadedKey loaded = readKeyFile(options.key);
+    usePublicHalf(loaded, options.key);
+    const KeyKind& kind = *findKind(loaded.key->algorithm());
+    const SignatureFormat format = formatOf(options, kind);
+    Bytes signature = readWhole(options.signature, SIGNATURE_LIMIT);
+    const Bytes digest = cutDigest(digestOfFile(hash, options.file), kind, loaded);
+
+    if (format == SignatureFormat::raw) signature = element(DER_OCTET_STRING, signature);
+    const Status status =
+        format == SignatureFormat::prefixed
+            ? loaded.key->verifyPrefixed(signature.data(), size32(signature), digest.data(), size32(digest))
+            : loaded.key->verifyDer(signature.data(), size32(signature), digest.data(), size32(digest));
+    if (isMemoryStatus(status)) throw libraryFailure(options.signature, status);
+    printLine(status == STATUS_OK ? "ok" : "bad signature");
+    return status == STATUS_OK ? EXIT_DONE : EXIT_NO;
+}
+
+std::shared_ptr<Options> addCommonOptions(CLI::App& app, const char* key)
+{
+    const auto options = std::make_shared<Options>();
+    app.add_option("--key", options->key, key)->required()->type_name("KEY");
+    app.add_option("-a,--algorithm", options->algorithm, "the digest: registry id or name (toolbelt digest --list)")
+        ->required()
+        ->type_name("ALG");
+    app.add_option("--format", options->format,
+                   "raw: the bytes of an RSA signature; der: as an element; prefixed: prefixed numbers")
+        ->check(CLI::IsMember({"raw", "der", "prefixed"}))
+        ->type_name("FORMAT");
+    app.add_option("FILE", options->file, "the file that is signed")->required()->type_name("");
+    return options;
+}
+
+} // namespace
+
+Action prepareSign(CLI::App& app)
+{
+    const std::shared_ptr<Options> options = addCommonOptions(app, "a private key");
+    app.add_flag("--bare", options->bare, "RSA: the digest alone, without a DigestInfo around it");
+    app.add_option("-o,--out", options->out, "where the signature goes; standard output")->type_name("FILE");
+    app.footer("Without --format: raw for RSA and der for DSA, as other programs write them; prefixed for ElGamal.\n"
+               "DSA signs the leading bytes of the digest, 20 for the keys that key generate makes.\n\n"
+               "Example: toolbelt sign --key server.key -a sha256 -o letter.sig letter.txt");
+    return [options]() { return signFile(*options); };
+}
+
+Action prepareVerify(CLI::App& app)
+{
+    const std::shared_ptr<Options> options = addCommonOptions(app, "a key, or a certificate");
+    app.add_option("--signature", options->signature, "the signature")->required()->type_name("SIG");
+    app.footer(
+        "Prints `ok` (exit code 0) or `bad signature` (1). An RSA signature may hold the digest in a DigestInfo,\n"
+        "whose algorithm is not judged, or bare. Without --format: as sign writes them.\n\n"
+        "Example: toolbelt verify --key server.pub -a sha256 --signature letter.sig letter.txt");
+    return [options]() { return verifyFile(*options); };
+}
+
+} // namespace toolbelt::cli
