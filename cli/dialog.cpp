@@ -7,7 +7,7 @@
 #include "Includes/cDlg/countdown.h"
 #include "Includes/cDlg/dialog_drawing.h"
 #include "Includes/cDlg/header_layout.h"
-#include "Includes/system/system_description.h"
+#include "Includes/stringFuncs/conversion.h"
 #include "cli/command.h"
 #include "cli/dialogs.h"
 #include "cli/key_search.h"
@@ -31,6 +31,14 @@ constexpr UINT_PTR FIGURES_TIMER = 2;
 constexpr UINT FIGURES_PERIOD = 250;
 constexpr UINT SEARCH_ENDED = WM_APP;
 
+std::string systemName()
+{
+    const VersionRecord& version = systemVersion().record;
+    const std::string pack(version.servicePack, std::find(version.servicePack, std::end(version.servicePack), u'\0'));
+    return "Windows " + std::to_string(version.majorVersion) + "." + std::to_string(version.minorVersion) + ", build " +
+           std::to_string(version.buildNumber) + (pack.empty() ? "" : ", " + pack);
+}
+
 // What the three have in common: the program's icon, in the caption and where the dialog wants it, and the picture.
 template <typename Base>
 class Shown : public Base
@@ -45,6 +53,7 @@ public:
     int show(std::uint32_t id)
     {
         const std::int32_t result = this->DoModal(GetModuleHandleW(nullptr), id, nullptr, nullptr);
+        if (failure_) std::rethrow_exception(failure_);
         if (result < 0) throw Failure("dialog", "cannot be shown: is there a screen?", EXIT_SYSTEM);
         if (options_.screenshot.empty()) return result;
         if (picture_.empty()) throw Failure(options_.screenshot, "no picture could be taken", EXIT_SYSTEM);
@@ -52,7 +61,20 @@ public:
         return result;
     }
 
-    MessageResult OnMessage(UINT message, WPARAM word, LPARAM parameter) override
+    // Nothing is thrown through the system: a failure ends the dialog, and show throws it.
+    MessageResult OnMessage(UINT message, WPARAM word, LPARAM parameter) final
+    {
+        return guarded([&] { return handle(message, word, parameter); });
+    }
+    std::uint8_t OnInitDialog() final
+    {
+        guarded([&] { return start(), 0; });
+        return 1;
+    }
+
+protected:
+    virtual void start() = 0;
+    virtual MessageResult handle(UINT message, WPARAM word, LPARAM parameter)
     {
         if (const MessageResult answer = Base::OnMessage(message, word, parameter)) return answer;
         switch (message) {
@@ -64,15 +86,22 @@ public:
             if (word != PICTURE_TIMER) return 0;
             KillTimer(this->window, PICTURE_TIMER);
             takePicture();
+            if (!closesItself()) PostMessageW(this->window, WM_CLOSE, 0, 0);
             return 1;
         case WM_COMMAND:
-            return LOWORD(word) != IDOK && LOWORD(word) != IDCANCEL; // a choice does not close the dialog
+            if (LOWORD(word) != IDOK && LOWORD(word) != IDCANCEL) return 1; // a choice does not close the dialog
+            takePicture();
+            return 0;
         default:
             return 0;
         }
     }
 
-protected:
+    // The first call counts; the last one is when the dialog is about to close.
+    void takePicture()
+    {
+        if (!options_.screenshot.empty() && picture_.empty()) picture_ = pictureOf(this->window);
+    }
     void setText(int id, const std::string& text) { SetDlgItemTextW(this->window, id, toWide(text).c_str()); }
     void paintIcon(HDC device)
     {
@@ -93,17 +122,20 @@ protected:
     const Options& options_;
 
 private:
-    void takePicture()
+    template <typename Action>
+    MessageResult guarded(Action action)
     {
         try {
-            picture_ = pictureOf(this->window);
-        } catch (const std::bad_alloc&) {
-            // No picture: show says so.
+            return action();
+        } catch (...) {
+            failure_ = std::current_exception();
+            EndDialog(this->window, IDCANCEL);
+            return 1;
         }
-        if (!closesItself()) PostMessageW(this->window, WM_CLOSE, 0, 0);
     }
 
     Bytes picture_;
+    std::exception_ptr failure_;
 };
 
 class PlainDialog : public Shown<cDlg>
@@ -111,21 +143,20 @@ class PlainDialog : public Shown<cDlg>
 public:
     using Shown::Shown;
 
-    MessageResult OnMessage(UINT message, WPARAM word, LPARAM parameter) override
+    MessageResult handle(UINT message, WPARAM word, LPARAM parameter) override
     {
         if (message == WM_PAINT) return paintWithIcon();
-        return Shown::OnMessage(message, word, parameter);
+        return Shown::handle(message, word, parameter);
     }
-    std::uint8_t OnInitDialog() override
+    void start() override
     {
         std::string features(cpu::nameFeaturesInUse(nullptr, 0) + 1, '\0');
         features.resize(cpu::nameFeaturesInUse(features.data(), features.size()));
         setText(TEXT_TITLE, "Toolbelt " TOOLBELT_VERSION);
         SendDlgItemMessageW(window, TEXT_TITLE, WM_SETFONT, reinterpret_cast<WPARAM>(sharedFonts().arial12), TRUE);
         setText(TEXT_LIBRARY, "toolbelt.dll, 32 bits");
-        setText(TEXT_SYSTEM, toUtf8(SystemDescription()));
+        setText(TEXT_SYSTEM, systemName());
         setText(TEXT_PROCESSOR, features.empty() ? "no special instructions" : features);
-        return 1;
     }
 };
 
@@ -142,9 +173,9 @@ public:
         colours.titleText = L"Toolbelt";
     }
 
-    MessageResult OnMessage(UINT message, WPARAM word, LPARAM parameter) override
+    MessageResult handle(UINT message, WPARAM word, LPARAM parameter) override
     {
-        const MessageResult answer = Shown::OnMessage(message, word, parameter);
+        const MessageResult answer = Shown::handle(message, word, parameter);
         if (message == WM_ERASEBKGND && answer != 0) paintIcon(reinterpret_cast<HDC>(word));
         // The texts stand on the gradient itself, not on a plate of their own.
         if (message == WM_CTLCOLORSTATIC && answer != 0)
@@ -152,13 +183,12 @@ public:
         if (message == WM_SIZE) follow({LOWORD(parameter), HIWORD(parameter)});
         return answer;
     }
-    std::uint8_t OnInitDialog() override
+    void start() override
     {
         CheckRadioButton(window, FORM_PEM, FORM_DER, FORM_PEM);
         RECT client;
         GetClientRect(window, &client);
         size_ = {client.right, client.bottom};
-        return 1;
     }
 
 private:
@@ -191,28 +221,29 @@ class CountdownDialog : public Shown<cDlg>, cCountdownButton
 public:
     using Shown::Shown;
 
-    MessageResult OnMessage(UINT message, WPARAM word, LPARAM parameter) override
+    MessageResult handle(UINT message, WPARAM word, LPARAM parameter) override
     {
         if (OnCountdownMessage(message, word)) return 1;
         if (message == WM_PAINT) return paintWithIcon();
         if (message == WM_TIMER && word == FIGURES_TIMER) return showFigures();
         if (message == SEARCH_ENDED) {
+            takePicture();
             EndDialog(window, search_->found() ? IDOK : IDCANCEL);
             return 1;
         }
-        return Shown::OnMessage(message, word, parameter);
+        return Shown::handle(message, word, parameter);
     }
-    std::uint8_t OnInitDialog() override
+    void start() override
     {
         setText(TEXT_TITLE, "An RSA key of " + std::to_string(options_.bits) + " bits, of two safe primes");
         SendDlgItemMessageW(window, BAR_SEARCH, PBM_SETMARQUEE, TRUE, 40);
         started_ = GetTickCount();
         showFigures();
         SetTimer(window, FIGURES_TIMER, FIGURES_PERIOD, nullptr);
-        StartCountdown(static_cast<std::int32_t>(options_.seconds), IDCANCEL);
+        if (!StartCountdown(static_cast<std::int32_t>(options_.seconds), IDCANCEL))
+            throw Failure("dialog", "the countdown cannot be started", EXIT_SYSTEM);
         search_ =
             std::make_unique<KeySearch>(options_.bits, [dialog = window] { PostMessageW(dialog, SEARCH_ENDED, 0, 0); });
-        return 1;
     }
 
 protected:

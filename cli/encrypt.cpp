@@ -11,6 +11,8 @@ namespace toolbelt::cli {
 namespace {
 
 constexpr std::uint32_t INPUT_LIMIT = 1 << 16;
+// Others demand eight bytes of padding (RFC 8017, section 7.2.1); the library would do with seven.
+constexpr std::uint32_t PKCS1_OVERHEAD = 11;
 
 struct Options
 {
@@ -21,6 +23,7 @@ struct Options
 // program puts bytes of the system's generator in their place.
 Bytes encryptionBlock(const std::string& subject, std::uint32_t k, const Bytes& message)
 {
+    if (message.size() + PKCS1_OVERHEAD > k) throw libraryFailure(subject, PKA_E_DATA_TOO_LONG);
     Bytes block(k);
     check(subject, pkcs1Pad(block.data(), k, PKCS1_ENCRYPTION, message.data(), size32(message)));
     const std::size_t end = k - message.size() - 1;
@@ -86,7 +89,7 @@ Action prepareEncrypt(CLI::App& app)
 {
     const std::shared_ptr<Options> options = addCommonOptions(app, "a public key, or a certificate");
     app.footer(
-        "For short messages, such as the key of a cipher: at most the size of the key less 10 bytes. RSA gives as\n"
+        "For short messages, such as the key of a cipher: at most the size of the key less 11 bytes. RSA gives as\n"
         "many bytes as the key has, which other programs read as PKCS #1 v1.5; ElGamal a pair of prefixed numbers.\n\n"
         "Example: toolbelt encrypt --key server.pub session.bin session.enc");
     return [options]() { return encryptFile(*options); };

@@ -87,7 +87,8 @@ Action prepareJsonFormat(CLI::App& app)
         ->take_all();
     app.add_option("FILE", options->file, "a JSON document in UTF-8")->required()->type_name("");
     app.footer("Writes the document as the library does: two blanks a level, CR LF, numbers in their fewest digits.\n"
-               "Control characters in strings come out as they are. A blank integer leaves nothing behind its colon.\n"
+               "Control characters in strings come out as they are; --json before the command changes nothing here.\n"
+               "A blank integer leaves nothing behind its colon.\n"
                "A pointer that names nothing is exit code 3; of members with one name, the first is meant.\n\n"
                "Example: toolbelt json format --hide /user/password --blank /user/keys/0 settings.json");
     return [options]() {

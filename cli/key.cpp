@@ -21,7 +21,7 @@ Action prepareKeyShow(CLI::App& app)
     app.add_flag("--private", options->privateNumbers, "the private numbers too");
     app.footer(
         "Reads RSA, DSA and ElGamal (DH) keys: SubjectPublicKeyInfo, traditional private keys, RSAPublicKey, and an\n"
-        "unencrypted PrivateKeyInfo of an RSA key.\n"
+        "unencrypted PrivateKeyInfo of an RSA or DSA key.\n"
         "Another kind of key is refused with status 33. A file of several is read up to its first key.\n\n"
         "Example: toolbelt key show server.pem");
     return [options]() {

@@ -2,8 +2,10 @@
 
 #include <cstdio>
 
+#include "cli/der_bytes.h"
 #include "cli/errors.h"
 #include "cli/key_kinds.h"
+#include "crypto/pka/dsa.h"
 #include "crypto/pka/rsa.h"
 
 namespace toolbelt::cli {
@@ -15,6 +17,11 @@ Status parseWhole(DerElement& sequence, const std::uint8_t* bytes, std::uint32_t
     std::uint32_t left = 0;
     const Status status = parseElement(sequence, bytes, size, nullptr, &left, DER_CONSTRUCTED_SEQUENCE);
     return status != STATUS_OK ? status : left != 0 ? DER_E_LENGTH : STATUS_OK;
+}
+
+bool isKeyLabel(const std::string& label)
+{
+    return label.ends_with("KEY") || isCertificateLabel(label);
 }
 
 // A letter for each element of a SEQUENCE: keys of different forms are told apart by them.
@@ -44,15 +51,31 @@ Status readPrivateKeyInfo(cPKA** key, const DerElement& sequence)
     AlgorithmIdentifier algorithm;
     Status status = readInteger(version, at, left, &at, &left);
     if (status == STATUS_OK) status = readAlgorithmIdentifier(algorithm, at, left, &at, &left);
-    if (status == STATUS_OK && algorithm.row->publicKey != PKA_RSA) status = KEY_E_NO_READER;
     if (status == STATUS_OK) status = parseElement(wrapped, at, left, nullptr, nullptr, DER_OCTET_STRING);
-    if (status == STATUS_OK) status = parseWhole(inner, wrapped.content, wrapped.contentLength);
-    return status == STATUS_OK ? newPrivateRsaFromDer(key, inner) : status;
+    if (status != STATUS_OK) return status;
+    const Bytes content(wrapped.content, wrapped.content + wrapped.contentLength);
+    if (algorithm.row->publicKey == PKA_RSA) {
+        status = parseWhole(inner, content.data(), size32(content));
+        return status == STATUS_OK ? newPrivateRsaFromDer(key, inner) : status;
+    }
+    if (algorithm.row->publicKey != PKA_DSA) return KEY_E_NO_READER;
+    // p, q and g are the parameters and x the content. With a version in front and a y that is left to be computed they
+    // are a traditional key.
+    Bytes numbers = {DER_INTEGER, 1, 0};
+    const DerElement& parameters = algorithm.parameters;
+    if (parameters.content)
+        numbers.insert(numbers.end(), parameters.content, parameters.content + parameters.contentLength);
+    numbers.insert(numbers.end(), {DER_INTEGER, 1, 0});
+    numbers.insert(numbers.end(), content.begin(), content.end());
+    const Bytes traditional = element(DER_CONSTRUCTED_SEQUENCE, numbers);
+    status = parseWhole(inner, traditional.data(), size32(traditional));
+    return status == STATUS_OK ? newPrivateDsaFromDer(key, inner) : status;
 }
 
 Status readKeyDocument(LoadedKey& loaded, const Document& document)
 {
     if (document.status != STATUS_OK) return document.status;
+    if (!document.label.empty() && !isKeyLabel(document.label)) return KEY_E_NO_READER;
     const std::uint8_t* bytes = document.bytes.data();
     const std::uint32_t size = size32(document.bytes);
     DerElement sequence;
@@ -93,7 +116,7 @@ LoadedKey readKeyFile(const std::string& path)
     const std::vector<Document> documents = readDocuments(path);
     const Document* chosen = &documents.front();
     for (const Document& document : documents)
-        if (document.label.ends_with("KEY") || isCertificateLabel(document.label)) {
+        if (isKeyLabel(document.label)) {
             chosen = &document;
             break;
         }

@@ -18,7 +18,7 @@ struct LoadedKey
 };
 
 // The first key, or certificate, of a file: SubjectPublicKeyInfo, RSAPublicKey, a private key in its traditional form,
-// PrivateKeyInfo with an RSA key, or a certificate's key; as PEM or DER.
+// PrivateKeyInfo with an RSA or DSA key, or a certificate's key; as PEM or DER.
 LoadedKey readKeyFile(const std::string& path);
 
 // Of a private key, makes the public one.

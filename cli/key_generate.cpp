@@ -8,6 +8,7 @@
 #include "cli/console.h"
 #include "cli/key_kinds.h"
 #include "cli/library_output.h"
+#include "cli/results.h"
 #include "cli/text.h"
 #include "crypto/encoding/key_write.h"
 
@@ -99,10 +100,11 @@ ExitCode generateKey(const Options& options)
     const Bytes secretText = pemText(kind->privateLabel, secretDer), openText = pemText("PUBLIC KEY", openDer);
     privateOutput.write(secretText.data(), secretText.size());
     publicOutput.write(openText.data(), openText.size());
-    checkInterrupt("key generate"); // here, and not between the two
+    checkInterrupt("key generate");     // here, and not between the two
+    publicOutput.commit(options.force); // first: alone it gives nothing away
     privateOutput.commit(options.force);
-    publicOutput.commit(options.force);
     std::fprintf(stderr, "%s and %s written\n", privateFile.c_str(), publicFile.c_str());
+    if (usesJson()) printResult({"private key", privateFile, {{"public key", publicFile}}});
     return EXIT_DONE;
 }
 

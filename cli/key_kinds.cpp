@@ -101,9 +101,9 @@ std::uint32_t nothing(cPKA&)
 {
     return 0;
 }
-std::uint32_t dsaPool(cPKA& key)
+std::uint32_t dsaPool(cPKA&)
 {
-    return static_cast<std::uint32_t>(key.maxInputLength());
+    return DSA_SECRET_LENGTH;
 }
 std::uint32_t elgamalPool(cPKA& key)
 {
@@ -118,7 +118,7 @@ std::uint32_t anyDigest(const cPKA&, bool)
 std::uint32_t dsaDigest(const cPKA& key, bool isPrivate)
 {
     const std::uint32_t q = (bnBitLength(dsaRecord(key, isPrivate).q) + 7) / 8;
-    return std::max<std::uint32_t>(q, 20);
+    return std::max(q, DSA_DIGEST_LENGTH);
 }
 
 constexpr KeyKind kinds[] = {

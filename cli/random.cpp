@@ -46,6 +46,7 @@ bool fromSystem(HMODULE library, BYTE* bytes, DWORD size)
 Bytes systemRandom(std::size_t size)
 {
     Bytes bytes(size);
+    if (size == 0) return bytes;
     const HMODULE library = LoadLibraryW(L"advapi32.dll");
     const bool done = library && fromSystem(library, bytes.data(), static_cast<DWORD>(size));
     if (library) FreeLibrary(library);

@@ -9,7 +9,14 @@ namespace {
 
 constexpr WORD BITS_PER_PIXEL = 24;
 
-Bytes bitmapFile(HDC device, HBITMAP bitmap, int width, int height)
+struct Picture
+{
+    Bytes file; // its pixels still missing
+    BITMAPINFO info;
+    std::uint8_t* pixels;
+};
+
+Picture blankPicture(int width, int height)
 {
     BITMAPINFO info = {};
     info.bmiHeader = {sizeof info.bmiHeader, width, height, 1, BITS_PER_PIXEL, BI_RGB, 0, 0, 0, 0, 0};
@@ -21,9 +28,8 @@ Bytes bitmapFile(HDC device, HBITMAP bitmap, int width, int height)
     file.bfSize = size32(bytes);
     std::memcpy(bytes.data(), &file, sizeof file);
     std::memcpy(bytes.data() + sizeof file, &info.bmiHeader, sizeof info.bmiHeader);
-    const int lines =
-        GetDIBits(device, bitmap, 0, static_cast<UINT>(height), bytes.data() + file.bfOffBits, &info, DIB_RGB_COLORS);
-    return lines == height ? bytes : Bytes();
+    std::uint8_t* const pixels = bytes.data() + file.bfOffBits;
+    return {std::move(bytes), info, pixels};
 }
 
 } // namespace
@@ -34,19 +40,22 @@ Bytes pictureOf(HWND__* window)
     if (!GetWindowRect(window, &place)) return {};
     RedrawWindow(window, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
     const int width = place.right - place.left, height = place.bottom - place.top;
-    Bytes bytes;
+    if (width <= 0 || height <= 0) return {};
+    Picture picture = blankPicture(width, height); // may throw: nothing of the system's is held yet
+    bool isTaken = false;
     const HDC source = GetWindowDC(window);
     const HDC copy = CreateCompatibleDC(source);
     if (const HBITMAP bitmap = CreateCompatibleBitmap(source, width, height)) {
         const HGDIOBJ before = SelectObject(copy, bitmap);
         const bool copied = BitBlt(copy, 0, 0, width, height, source, 0, 0, SRCCOPY) != FALSE;
         SelectObject(copy, before); // the bitmap is read outside a device
-        if (copied) bytes = bitmapFile(copy, bitmap, width, height);
+        isTaken = copied && GetDIBits(copy, bitmap, 0, static_cast<UINT>(height), picture.pixels, &picture.info,
+                                      DIB_RGB_COLORS) == height;
         DeleteObject(bitmap);
     }
     DeleteDC(copy);
     ReleaseDC(window, source);
-    return bytes;
+    return isTaken ? std::move(picture.file) : Bytes();
 }
 
 } // namespace toolbelt::cli

@@ -1,5 +1,6 @@
 // sign and verify: signatures over the digest of a file.
 #include <algorithm>
+#include <cstdio>
 #include <map>
 
 #include "cli/command.h"
@@ -10,7 +11,9 @@
 #include "cli/key_kinds.h"
 #include "cli/library_output.h"
 #include "cli/random.h"
+#include "cli/results.h"
 #include "cli/text.h"
+#include "crypto/pka/dsa_key.h"
 
 namespace toolbelt::cli {
 namespace {
@@ -68,12 +71,20 @@ SignatureFormat formatOf(const Options& options, const KeyKind& kind)
     return format;
 }
 
-// DSA looks at as many leading bytes as its q has; the others take a digest whole.
+// DSA looks at as many leading bytes as its q has, and at no fewer than 20; the others take a digest whole.
 Bytes cutDigest(Bytes digest, const KeyKind& kind, const LoadedKey& key)
 {
     if (digest.size() > kind.digestLength(*key.key, key.isPrivate))
         digest.resize(kind.digestLength(*key.key, key.isPrivate));
     return digest;
+}
+
+// The library does not look at what follows a signature.
+bool isOneElement(const Bytes& bytes)
+{
+    DerElement parsed;
+    std::uint32_t left = 0;
+    return parseElement(parsed, bytes.data(), size32(bytes), nullptr, &left) == STATUS_OK && left == 0;
 }
 
 ExitCode signFile(const Options& options)
@@ -89,6 +100,8 @@ ExitCode signFile(const Options& options)
 
     Bytes digest = cutDigest(digestOfFile(hash, options.file), kind, loaded);
     if (info) digest = digestInfo(hash, digest);
+    if (kind.digestLength(*loaded.key, true) > DSA_SECRET_LENGTH && kind.algorithm == PKA_DSA)
+        std::fputs("toolbelt: warning: with a q of more than 160 bits, many signatures give the key away\n", stderr);
     const FilledPool pool(kind.poolLength(*loaded.key));
     Bytes signature = outputOf(options.key, [&](std::uint8_t* output, std::uint32_t* size) {
         return format == SignatureFormat::prefixed
@@ -112,11 +125,13 @@ ExitCode verifyFile(const Options& options)
 
     if (format == SignatureFormat::raw) signature = element(DER_OCTET_STRING, signature);
     const Status status =
-        format == SignatureFormat::prefixed
+        format == SignatureFormat::der && !isOneElement(signature) ? PKA_E_FAILED
+        : format == SignatureFormat::prefixed
             ? loaded.key->verifyPrefixed(signature.data(), size32(signature), digest.data(), size32(digest))
             : loaded.key->verifyDer(signature.data(), size32(signature), digest.data(), size32(digest));
     if (isMemoryStatus(status)) throw libraryFailure(options.signature, status);
-    printLine(status == STATUS_OK ? "ok" : "bad signature");
+    const std::string verdict = status == STATUS_OK ? "ok" : "bad signature";
+    printResult(verdict, {"file", options.file, {{"verdict", verdict}}});
     return status == STATUS_OK ? EXIT_DONE : EXIT_NO;
 }
 

@@ -23,7 +23,7 @@ std::string systemText(std::int32_t code)
 {
     cWCS wide;
     std::string text = toUtf8(wide.SystemErrorText(static_cast<std::uint32_t>(code)));
-    text.resize(text.rfind(" (0x"));
+    if (const std::size_t number = text.rfind(" (0x"); number != std::string::npos) text.resize(number);
     while (text.ends_with('.') || text.ends_with(' ')) text.pop_back();
     return text;
 }
@@ -128,7 +128,7 @@ Action prepareTextFind(CLI::App& app)
         cWCS text, line;
         load(text, options->file);
         // With room for any line beforehand, a no below means that there is none.
-        if (line.SetLength(text.length()) == 0) throw loadFailure(options->file, OUT_OF_MEMORY);
+        if (line.SetLength(text.length() + 1) == 0) throw loadFailure(options->file, OUT_OF_MEMORY);
         cStringBuffer buffer;
         buffer.Swap(text);
         if (!buffer.FindValue(line, toWide(options->key).c_str(), options->skipKey)) return EXIT_NO;

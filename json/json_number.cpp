@@ -10,6 +10,42 @@ namespace {
 // Exponents are cut here: no text that fits in memory has as many digits.
 constexpr std::int64_t EXPONENT_LIMIT = std::int64_t(1) << 40;
 
+// While it lives, x87 arithmetic rounds to a double's 53 bits, to the nearest: the standard library's multiplications
+// of doubles would be rounded twice otherwise, and sometimes to a neighbour. The host may have set anything.
+class DoublePrecision
+{
+public:
+#ifdef __i386__
+    DoublePrecision()
+    {
+        constexpr std::uint16_t PRECISION_AND_ROUNDING = 0x0F00, DOUBLE_NEAREST = 0x0200;
+        __asm__ __volatile__("fnstcw %0" : "=m"(before_));
+        load(static_cast<std::uint16_t>((before_ & ~PRECISION_AND_ROUNDING) | DOUBLE_NEAREST));
+    }
+    ~DoublePrecision()
+    {
+        load(before_);
+    }
+    DoublePrecision(const DoublePrecision&) = delete;
+    DoublePrecision& operator=(const DoublePrecision&) = delete;
+
+private:
+    static void load(std::uint16_t word)
+    {
+        __asm__ __volatile__("fldcw %0" : : "m"(word) : "memory");
+    }
+    std::uint16_t before_;
+#else
+    DoublePrecision() {}
+#endif
+};
+
+std::from_chars_result readDouble(const char* text, const char* end, double& number)
+{
+    const DoublePrecision precision;
+    return std::from_chars(text, end, number);
+}
+
 template <typename Number>
 std::uint32_t convert(wchar_t (&text)[JSON_NUMBER_SIZE], Number number)
 {
@@ -62,14 +98,14 @@ JsonNumberResult jsonReadNumber(JsonValue& value, const char* text, std::uint32_
     if (std::none_of(text, end, [](char c) { return c == '.' || c == 'e' || c == 'E'; })) {
         std::int64_t integer = 0;
         const auto [stop, error] = std::from_chars(text, end, integer);
-        if (error == std::errc() && stop == end) {
+        if (error == std::errc() && stop == end && (integer != 0 || *text != '-')) {
             value.type = JSON_INTEGER;
             value.integer = integer;
             return JsonNumberResult::ok;
         }
     }
     double number = 0;
-    const auto [stop, error] = std::from_chars(text, end, number);
+    const auto [stop, error] = readDouble(text, end, number);
     if (error == std::errc::invalid_argument || stop != end || !std::isfinite(number))
         return JsonNumberResult::malformed;
     if (error != std::errc()) {

@@ -22,7 +22,7 @@ enum class JsonNumberResult
     outOfRange // no double is near it
 };
 // Reads a JSON number that fills the bytes. One without fraction and exponent becomes an integer where 64 bits hold it,
-// any other the nearest double; one too small for a double is 0.
+// any other, -0 among them, the nearest double; one too small for a double is 0.
 JsonNumberResult jsonReadNumber(JsonValue& value, const char* text, std::uint32_t length);
 
 } // namespace toolbelt

@@ -16,6 +16,8 @@ static_assert(JSON_ERROR_SIZE == json_error_max && JSON_NULL == std::uint32_t(js
 
 constexpr char NO_MEMORY[] = "Memory allocation failure"; // as json-parser says it
 
+constexpr char OUT_OF_STEP[] = "Unknown error"; // the text and json-parser's tree do not agree
+
 // What json-parser allocates: blocks cut from chunks that grow with the document, and that are wiped and released
 // together. Its own releasing is not needed, and would leave out blocks when memory runs out half-way.
 class Arena
@@ -114,12 +116,20 @@ public:
 
     JsonValue* run(const json_value* from)
     {
+        JsonTree root(makeTree(from));
+        JsonToken token;
+        return root && source_.next(token) ? fail(OUT_OF_STEP) : root.release();
+    }
+
+private:
+    JsonTree makeTree(const json_value* from)
+    {
         JsonTree root(make(*from));
         // The way down and up again: the children that a container has by now tell where it was left.
         for (JsonValue* to = root.get(); to && isContainer(*from);) {
             const std::uint32_t done = to->type == JSON_OBJECT ? to->object.count : to->array.count;
             if (done == from->u.array.length) {
-                if (to == root.get()) return root.release();
+                if (to == root.get()) break;
                 from = from->parent;
                 to = to->parent;
                 continue;
@@ -133,10 +143,9 @@ public:
                 to = made;
             }
         }
-        return root.release();
+        return root;
     }
 
-private:
     JsonValue* fail(const char* message)
     {
         std::snprintf(error_, JSON_ERROR_SIZE, "%s", message);
@@ -178,7 +187,7 @@ private:
     JsonValue* makeNumber()
     {
         JsonToken token;
-        if (!source_.next(token) || token.isString) return fail("Unknown error");
+        if (!source_.next(token) || token.isString) return fail(OUT_OF_STEP);
         JsonTree value(made(jsonNewInteger(0)));
         if (!value) return nullptr;
         switch (jsonReadNumber(*value, token.start, token.length)) {
@@ -194,7 +203,7 @@ private:
     JsonValue* makeString(std::uint32_t length)
     {
         JsonToken token;
-        if (!source_.next(token) || !token.isString) return fail("Unknown error");
+        if (!source_.next(token) || !token.isString) return fail(OUT_OF_STEP);
         // json-parser's bytes have the right count; the text says which they are.
         JsonTree value(made(jsonNewString(token.start, static_cast<std::int32_t>(std::min(length, token.length)))));
         if (!value) return nullptr;

@@ -15,8 +15,8 @@ constexpr std::uint32_t JSON_ERROR_SIZE = 128;
 //
 // Read as json-parser reads: a comma before a closing bracket, any character behind a backslash and control characters
 // in strings are let pass, and reading ends at a zero byte behind the document. Bytes are not checked for being UTF-8.
-// An integer that 64 bits do not hold becomes the nearest double. Refused beyond that, in messages of the same form: a
-// number too large for a double, a minus sign without a digit, a lone surrogate.
+// An integer that 64 bits do not hold becomes the nearest double, and so does -0. Refused beyond that, in messages of
+// the same form: a number too large for a double, a minus sign without a digit, a lone surrogate.
 TB_API JsonValue* jsonParse(const char* text, std::uint32_t length, char (*error)[JSON_ERROR_SIZE] = nullptr) noexcept;
 
 } // namespace toolbelt

@@ -85,9 +85,9 @@ struct Room
 
 bool JsonSource::next(JsonToken& token)
 {
-    for (; at_ != end_ && *at_ != '"' && *at_ != '-' && !isDigit(*at_); ++at_)
+    for (; at_ != end_ && *at_ != 0 && *at_ != '"' && *at_ != '-' && !isDigit(*at_); ++at_)
         if (*at_ == '\n') ++line_;
-    if (at_ == end_) return false;
+    if (at_ == end_ || *at_ == 0) return false;
     token.line = line_;
     token.isString = *at_ == '"';
     token.start = token.isString ? ++at_ : at_;

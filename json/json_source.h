@@ -22,7 +22,7 @@ class JsonSource
 {
 public:
     JsonSource(const char* text, std::uint32_t length) : at_(text), end_(text + length) {}
-    // The next string or number; false when there is none.
+    // The next string or number; false when there is none, a zero byte outside of strings being the end.
     bool next(JsonToken& token);
 
 private:

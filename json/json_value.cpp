@@ -56,15 +56,18 @@ void freeText(char* characters, std::uint32_t length)
     heap::releaseSecret(characters, std::size_t(length) + 1);
 }
 
-// The last child, taken out of its container; null when there is none.
+// The last child, taken out of its container; null when there is none. Null pointers are no children.
 JsonValue* takeLastChild(JsonValue& value)
 {
-    if (value.type == JSON_ARRAY && value.array.count > 0)
-        return std::exchange(value.array.elements[--value.array.count], nullptr);
-    if (value.type != JSON_OBJECT || value.object.count == 0) return nullptr;
-    JsonMember& last = value.object.members[--value.object.count];
-    freeText(last.name, last.nameLength);
-    return std::exchange(last, JsonMember{}).value;
+    JsonValue* child = nullptr;
+    while (!child && value.type == JSON_ARRAY && value.array.count > 0)
+        child = std::exchange(value.array.elements[--value.array.count], nullptr);
+    while (!child && value.type == JSON_OBJECT && value.object.count > 0) {
+        JsonMember& last = value.object.members[--value.object.count];
+        freeText(last.name, last.nameLength);
+        child = std::exchange(last, JsonMember{}).value;
+    }
+    return child;
 }
 
 // A value that has no children any more. Only the items that were ever there need wiping, and all were taken out.

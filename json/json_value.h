@@ -74,7 +74,7 @@ struct JsonValue
 static_assert(sizeof(void*) != 4 || (offsetof(JsonValue, type) == 4 && offsetof(JsonValue, flags) == 8 &&
                                      offsetof(JsonValue, integer) == 16 && sizeof(JsonValue) == 24));
 
-// Frees a whole tree that these functions or the parser made. Null is ignored.
+// Frees a whole tree that these functions or the parser made. Null is ignored, in place of a child too.
 TB_API void jsonFree(JsonValue* root) noexcept;
 
 struct JsonFree
@@ -92,7 +92,8 @@ TB_API JsonValue* jsonNewBoolean(bool boolean) noexcept;
 // Copies length bytes (-1: up to the zero byte).
 TB_API JsonValue* jsonNewString(const char* characters, std::int32_t length = -1) noexcept;
 
-// Puts a value that has no parent behind the last member or element. The value is the container's from then on; on
+// Puts a value that has no parent behind the last member or element of a container that these functions or the parser
+// made (its room follows from its count). The value is the container's from then on; on
 // failure (no memory, a null value, a container of another type) it is freed and the container stays as it was. A name
 // that is there already is not looked for.
 TB_API bool jsonAddMember(JsonValue& object, const char* name, std::int32_t nameLength, JsonValue* value) noexcept;

@@ -31,7 +31,7 @@ wchar_t escapeLetter(wchar_t character)
 
 std::int32_t unitsOf(const wchar_t* text, std::int32_t count)
 {
-    if (count >= 0) return count;
+    if (count >= 0 && text) return count;
     return text ? static_cast<std::int32_t>(textLength(text)) : 0;
 }
 
@@ -43,14 +43,18 @@ std::uint32_t countEscapes(const Character* text, std::uint32_t count)
     }));
 }
 
-bool appendQuoted(const wchar_t* text, std::int32_t count, cWCS& out, cWCS& scratch)
+bool appendBetweenQuotes(const cWCS& scratch, cWCS& out)
 {
     const std::int32_t before = out.length();
-    if (jsonEscape(scratch, text, count) && out.Append(L"\"", 1) != 0 &&
-        out.Append(scratch.text(), scratch.length()) != 0 && out.Append(L"\"", 1) != 0)
+    if (out.Append(L"\"", 1) != 0 && out.Append(scratch.text(), scratch.length()) != 0 && out.Append(L"\"", 1) != 0)
         return true;
     if (out.text()) out.SetLength(before);
     return false;
+}
+
+bool appendQuoted(const wchar_t* text, std::int32_t count, cWCS& out, cWCS& scratch)
+{
+    return jsonEscape(scratch, text, count) && appendBetweenQuotes(scratch, out);
 }
 
 // Where the walk's texts go: first to be counted, then to be written. Each operation returns false to end the walk.
@@ -251,10 +255,8 @@ bool jsonAppendText(const wchar_t* text, cWCS& out, bool quoted, bool escaped, s
     if (quoted && escaped) return appendQuoted(text, count, out, scratch);
     if (escaped) return jsonEscape(scratch, text, count) && out.Append(scratch.text(), scratch.length()) != 0;
     if (!quoted) return out.Append(text, count) != 0;
-    const std::int32_t before = out.length();
-    if (out.Append(L"\"", 1) != 0 && out.Append(text, count) != 0 && out.Append(L"\"", 1) != 0) return true;
-    if (out.text()) out.SetLength(before);
-    return false;
+    // A text within out would be lost where the first quote makes it grow.
+    return scratch.Append(text, count) != 0 && appendBetweenQuotes(scratch, out);
 }
 
 const wchar_t* jsonEscape(cWCS& scratch, const wchar_t* text, std::int32_t count)

@@ -19,12 +19,15 @@ constexpr std::uint32_t JSON_TEXT_LIMIT = (1u << 29) - 1;
 constexpr std::uint32_t JSON_LEVEL_LIMIT = 65536;
 
 // Appends the text of value, whose lines are indented as those of that level (0: the root of a document). The text is
-// measured first and its room reserved at once. True when something valid was written; false for null, type 0 and
-// unknown types ("<error>" is appended), and, with out as it was, when the limit would be passed or memory runs out. A
-// false that concerns a value within an object or array is not passed up. Trees of any depth take no stack.
+// measured first and its room reserved at once; one that would pass the limit is refused before anything is allocated
+// for it. A null pointer in place of a child leaves what type 0 leaves: nothing. True when something valid was written;
+// false for null, type 0 and unknown types ("<error>" is appended), and, with out as it was, when the limit would be
+// passed or memory runs out. A false that concerns a value within an object or array is not passed up. Trees of any
+// depth take no stack.
 TB_API bool jsonWrite(std::uint32_t level, cWCS& out, const JsonValue* value);
 
-// What the writer is made of. count is the text's length in units (-1: up to the zero unit); false, or null, tells that
+// What the writer is made of. The text, which may lie within out, has count units (-1: up to the zero unit); null is an
+// empty one. False, or null, tells that
 // memory ran out, and out is as it was.
 TB_API bool jsonAppendText(const wchar_t* text, cWCS& out, bool quoted, bool escaped, std::int32_t count = -1);
 // The escaped form, built in scratch, which must not hold the text.

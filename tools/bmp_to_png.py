@@ -20,6 +20,8 @@ if len(bmp) < start + stride * height:
 rows = [bmp[start + stride * y:start + stride * y + 3 * width] for y in reversed(range(height))]
 pixels = [[row[x + 2:x - 1:-1] if x else row[2::-1] for x in range(0, 3 * width, 3)] for row in rows]
 colours = sorted({pixel for row in pixels for pixel in row})
+if len(colours) < 4:
+    sys.exit(sys.argv[1] + ": no picture of anything: %d colours" % len(colours))
 if len(colours) <= 256:
     number = {colour: i for i, colour in enumerate(colours)}
     kind, palette = 3, b"".join(colours)

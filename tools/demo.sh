@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
 # The main job, on real input: toolbelt.exe checks every certificate of this machine's trust store, the test chains of
 # tests/vectors, each with its issuer, and damaged certificates; then it posts a JSON document to a server on loopback.
-# The dialogs
-# are shown on a virtual screen and pictured in build/screenshots. Exits 1 when something is not as expected.
+# The dialogs are shown on a virtual screen and pictured in build/screenshots. Exits 1 when something is not as expected.
 # ./run demo sets up and builds first.
 set -u
 root=$(cd "$(dirname "$0")/.." && pwd)

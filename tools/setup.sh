@@ -7,7 +7,8 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 
 host_packages=(cmake ninja-build g++ g++-multilib googletest ca-certificates openssl)
 windows_packages=(g++-mingw-w64-i686-posix libcli11-dev patch xz-utils wine wine32:i386 libgnutls30:i386 python3-minimal xvfb xauth fonts-wine fonts-liberation)
-json_parser_version=1.1.0
+json_parser_version=1.1.0 # json/CMakeLists.txt names it too
+json_parser=$build_dir/deps/json-parser-$json_parser_version
 
 # missing PACKAGE...: prints those that are not installed.
 missing() {
@@ -44,6 +45,7 @@ private_sources() {
         [ -r "$file" ] && awk 'BEGIN { RS = ""; ORS = "\n\n" } /Suites:[^\n]*bookworm/ && !/security/' "$file" |
             sed "s/^Types:.*/Types: $1/" >>"$private/sources/main.sources"
     done
+    cat "$private/sources/"* 2>/dev/null | grep -q . || die "no Debian 12 (bookworm) sources in /etc/apt; add them and try again"
     private_options=(-o Dir::Etc::sourcelist=/dev/null -o "Dir::Etc::sourceparts=$private/sources"
         -o "Dir::State::Lists=$private/lists" -o "Dir::Cache=$private/cache" -o APT::Sandbox::User=root)
 }
@@ -57,9 +59,9 @@ install_from_point_release() {
 }
 
 # json-parser in the sources that Debian ships, its patches applied (one of them mends a read beyond the text), in
-# $build_dir/deps/json-parser. It is there whole or not at all.
+# $json_parser. It is there whole or not at all.
 fetch_json_parser() {
-    local work=$build_dir/deps/json-parser.tmp name
+    local work=$json_parser.tmp name
     private_sources deb-src
     rm -rf "$work"
     mkdir -p "$work"
@@ -72,7 +74,7 @@ fetch_json_parser() {
     while read -r name; do
         patch -d "$work/json-parser-$json_parser_version" -p1 -i "$work/debian/patches/$name"
     done <"$work/debian/patches/series"
-    mv "$work/json-parser-$json_parser_version" "$build_dir/deps/json-parser"
+    mv "$work/json-parser-$json_parser_version" "$json_parser"
     rm -rf "$work" "$build_dir/apt/deb-src"
 }
 
@@ -81,7 +83,11 @@ install() {
     apt install "$@" || { say "the plain install did not resolve; trying the point release alone"; install_from_point_release "$@"; }
 }
 
-kind=${1:?usage: tools/setup.sh host|windows}
+kind=${1:-}
+case "$kind" in
+    host | windows) ;;
+    *) die "usage: tools/setup.sh host|windows" ;;
+esac
 packages=("${host_packages[@]}")
 [ "$kind" = windows ] && packages+=("${windows_packages[@]}")
 mapfile -t wanted < <(missing "${packages[@]}")
@@ -93,7 +99,7 @@ if [ "${#wanted[@]}" -gt 0 ]; then
     step "installing ${wanted[*]}" setup install "${wanted[@]}"
 fi
 
-if [ "$kind" = windows ] && [ ! -e "$build_dir/deps/json-parser" ]; then
+if [ "$kind" = windows ] && [ ! -e "$json_parser" ]; then
     step "fetching json-parser $json_parser_version" json-parser fetch_json_parser
 fi
 

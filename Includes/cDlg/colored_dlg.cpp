@@ -3,7 +3,9 @@
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
+#include <algorithm>
 #include <atomic>
+#include <limits>
 
 #include "Includes/cDlg/gradient.h"
 #include "Includes/cDlg/header_layout.h"
@@ -89,11 +91,11 @@ bool cColoredDlg::eraseBackground(DeviceHandle device)
     if (!GetClientRect(window, &client)) return false;
     FillRect(device, &client, GetSysColorBrush(COLOR_BTNFACE));
     RECT header = client;
-    header.bottom = colours.headerHeight;
+    header.bottom = std::min<LONG>(colours.headerHeight, client.bottom);
     FillRect(device, &header, GetSysColorBrush(COLOR_WINDOW));
     const RECT line = {header.left, header.bottom, header.right, header.bottom + 1};
     FillRect(device, &line, GetSysColorBrush(COLOR_INACTIVECAPTION));
-    header.right += colours.headerExtension;
+    header.right += std::min<LONG>(colours.headerExtension, std::numeric_limits<LONG>::max() - header.right);
     if (colours.gradientColour != 0 && Gradient(colours.gradientColour, header, device, GetSysColor(COLOR_WINDOW)))
         return true;
     FillRect(device, &header, GetSysColorBrush(COLOR_WINDOW));
@@ -111,7 +113,7 @@ MessageResult cColoredDlg::colourStatic(DeviceHandle device, WindowHandle contro
         font = colours.fonts.arial12;
     if (font) {
         SelectObject(device, font);
-        // Today's static controls select their own font behind this message.
+        // Today's static controls select their own font behind this message; it is theirs from then on.
         if (reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0)) != font)
             SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
     }

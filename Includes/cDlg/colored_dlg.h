@@ -47,7 +47,8 @@ private:
 };
 
 // The process-wide switch that turns all bands, fonts and gradients off, for users who need the system's own colours;
-// off from the start. Returns what was set before.
+// off from the start. Open dialogs follow when they are painted next, but a text that has its font keeps it. Returns
+// what was set before.
 TB_API bool setNoColours(bool noColours) noexcept;
 
 } // namespace toolbelt

@@ -32,11 +32,12 @@ bool cCountdownButton::StartCountdown(std::int32_t seconds, std::int32_t buttonI
     const HWND button = seconds > 0 ? findButton(window, buttonId, n) : nullptr;
     if (!button) return false;
     const std::int32_t length = GetWindowTextLengthW(button);
-    if (caption_.SetLength(0) == 0 || caption_.SetLength(length) == 0) return false;
+    if (caption_.Assign(L"") == 0 || caption_.SetLength(length) == 0) return false; // a text even for an empty caption
     GetWindowTextW(button, caption_.text(), length + 1);
     caption_.FixLength();
     if (SetTimer(window, COUNTDOWN_TIMER, PERIOD, nullptr) == 0) return false;
     button_ = button;
+    buttonId_ = GetDlgCtrlID(button);
     left_ = seconds;
     return true;
 }
@@ -60,7 +61,7 @@ bool cCountdownButton::OnCountdownMessage(unsigned int message, WordParameter wo
     }
     const HWND button = button_;
     StopCountdown();
-    SendMessageW(window, WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(button), BN_CLICKED), reinterpret_cast<LPARAM>(button));
+    SendMessageW(window, WM_COMMAND, MAKEWPARAM(buttonId_, BN_CLICKED), reinterpret_cast<LPARAM>(button));
     return true;
 }
 

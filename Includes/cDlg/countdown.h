@@ -18,8 +18,9 @@ protected:
     cCountdownButton() noexcept = default;
 
     // Counts seconds down (1 or more) on the button with this identifier, or when there is none on the n-th of the
-    // dialog's children of class "button", counted from 1 in the order of creation. From the first second on the button
-    // shows what is left. A count that is under way ends. False when there is no such button, memory or timer.
+    // dialog's children of class "button", counted from 1 in z-order: that of creation, unless it was changed. From the
+    // first second on the button shows what is left. A count that is under way ends. False when there is no such
+    // button, memory or timer.
     bool StartCountdown(std::int32_t seconds, std::int32_t buttonId, std::int32_t n = 1);
     // The button gets its caption back and is not pressed.
     void StopCountdown();
@@ -30,6 +31,7 @@ protected:
 private:
     cWCS caption_;
     WindowHandle button_ = nullptr;
+    std::int32_t buttonId_ = 0;
     std::int32_t left_ = 0;
 };
 

@@ -53,7 +53,7 @@ void PaintIcon(WindowHandle dialog, DeviceHandle device, std::int32_t placeholde
     GetWindowRect(placeholder, &place);
     // Both corners together: in a mirrored dialog left and right change places.
     MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&place), 2);
-    DrawIconEx(device, place.left, place.top, icon, 0, 0, 0, nullptr, DI_NORMAL);
+    DrawIconEx(device, place.left, place.top, icon, 0, 0, 0, nullptr, DI_NORMAL | DI_NOMIRROR);
 }
 
 bool MeasureText(const wchar_t* text, std::uint32_t flags, Rectangle& rectangle) noexcept
@@ -63,7 +63,9 @@ bool MeasureText(const wchar_t* text, std::uint32_t flags, Rectangle& rectangle)
     bool measured = false;
     if (const HDC screen = GetDC(nullptr)) {
         const HGDIOBJ before = SelectObject(screen, font);
-        measured = DrawTextW(screen, text, -1, &rectangle, flags | DT_CALCRECT) != 0;
+        RECT needed = rectangle;
+        measured = DrawTextW(screen, text, -1, &needed, flags | DT_CALCRECT) != 0;
+        if (measured) rectangle = needed;
         SelectObject(screen, before);
         ReleaseDC(nullptr, screen);
     }

@@ -49,7 +49,9 @@ void setIcons(HWND window, HINSTANCE instance, std::uint32_t id)
 
 cDlg* initialise(HWND window, LPARAM parameter)
 {
-    if (!GetParent(window)) centreOnScreen(window);
+    // An owner counts as a parent; GetParent tells of it to pop-ups alone.
+    const bool isChild = GetWindowLongW(window, GWL_STYLE) & WS_CHILD;
+    if (!isChild && !GetWindow(window, GW_OWNER)) centreOnScreen(window);
     const ResourceLibrary* const library = loadedResourceLibrary();
     if (library && library->identifier != NO_RESOURCE_IDENTIFIER)
         library->initialiseDialog(library->identifier, window);
@@ -65,7 +67,7 @@ cDlg* initialise(HWND window, LPARAM parameter)
         record.minimumHeight = record.maximumHeight = own.bottom - own.top;
         record.sizeLimits = LIMIT_MINIMUM_WIDTH | LIMIT_MINIMUM_HEIGHT;
     }
-    if (record.iconId != 0) setIcons(window, dialog->instance, record.iconId);
+    if (record.iconId != 0 && record.iconId <= 0xFFFF) setIcons(window, dialog->instance, record.iconId);
     return dialog;
 }
 

@@ -70,6 +70,18 @@ const Form* formOf(const std::uint8_t* bytes, std::size_t size)
     return size < form.fixedPart ? nullptr : &form;
 }
 
+// Whether that many controls follow, when the count of a control's data counts so many bytes of itself.
+bool holdsControls(Reader reader, const Form& form, int controls, std::uint16_t counted)
+{
+    for (; controls > 0; --controls) {
+        std::uint16_t data = 0;
+        if (!reader.align() || !reader.skip(form.controlPart) || !reader.name() || !reader.name() ||
+            !reader.word(data) || !reader.skip(data < counted ? 0u : data - counted))
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 bool isWholeTemplate(const std::uint8_t* bytes, std::size_t size) noexcept
@@ -84,17 +96,9 @@ bool isWholeTemplate(const std::uint8_t* bytes, std::size_t size) noexcept
         if (points != MESSAGE_FONT && (!reader.skip(form->fontFacts) || !reader.text())) return false;
     }
     const int controls = bytes[form->controlCount] | bytes[form->controlCount + 1] << 8;
-    for (int i = 0; i < controls; ++i) {
-        std::uint16_t data = 0;
-        if (!reader.align() || !reader.skip(form->controlPart) || !reader.name() || !reader.name() ||
-            !reader.word(data))
-            return false;
-        // Whether the count of a classic control's data counts itself is seen both ways, so the next control cannot be
-        // found for certain.
-        if (form == &CLASSIC_FORM && data != 0) return reader.skip(data < 2u ? 0u : data - 2u);
-        if (!reader.skip(data)) return false;
-    }
-    return true;
+    // Whether a classic control's count counts itself is seen both ways: the template has to be whole either way.
+    return holdsControls(reader, *form, controls, 0) &&
+           (form != &CLASSIC_FORM || holdsControls(reader, *form, controls, 2));
 }
 
 bool setTemplateRightToLeft(std::uint8_t* bytes, std::size_t size) noexcept

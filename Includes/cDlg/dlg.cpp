@@ -27,14 +27,14 @@ constexpr int NOT_CREATED = -1;
 
 // One byte more than the template: what reads a final text may look behind it.
 constexpr std::size_t SPARE = 1;
+constexpr DWORD LARGEST_TEMPLATE = 0x100000; // more than any dialog needs
+constexpr std::uint32_t LARGEST_IDENTIFIER = 0xFFFF;
 
 } // namespace
 
 cDlg::~cDlg()
 {
-    const auto self = static_cast<LONG>(reinterpret_cast<std::intptr_t>(this));
-    if (window && IsWindow(window) && GetWindowLongW(window, GWLP_USERDATA) == self)
-        SetWindowLongW(window, GWLP_USERDATA, 0);
+    if (hasDialog()) SetWindowLongW(window, GWLP_USERDATA, 0);
     SafeFree(&record.ownedBuffer);
 }
 
@@ -52,9 +52,11 @@ std::int32_t cDlg::DoModal(InstanceHandle module, std::uint32_t id, WindowHandle
     result = DialogBoxParamA(instance, MAKEINTRESOURCEA(id), parent, dialogProcedure, self);
     if (!failed()) return result;
     const DWORD error = GetLastError();
-    cWCS text;
-    showMessage(parent, text.SystemErrorText(error), FAILURE_TITLE,
-                MESSAGE_ICON_STOP | (isRightToLeft() ? MESSAGE_RIGHT_TO_LEFT : 0));
+    {
+        cWCS text; // released before the error is set
+        showMessage(parent, text.SystemErrorText(error), FAILURE_TITLE,
+                    MESSAGE_ICON_STOP | (isRightToLeft() ? MESSAGE_RIGHT_TO_LEFT : 0));
+    }
     SetLastError(error);
     return result;
 }
@@ -77,6 +79,7 @@ WindowHandle cDlg::Create(InstanceHandle module, std::uint32_t id, WindowHandle 
 bool cDlg::prepare(InstanceHandle module, std::uint32_t id, WindowHandle& parent, WindowProcedure chained,
                    std::uint32_t modeless) noexcept
 {
+    if (hasDialog() || id > LARGEST_IDENTIFIER) return false;
     instance = module;
     window = nullptr;
     record.templateId = id;
@@ -87,13 +90,20 @@ bool cDlg::prepare(InstanceHandle module, std::uint32_t id, WindowHandle& parent
     return copyTemplate();
 }
 
+bool cDlg::hasDialog() const noexcept
+{
+    const auto self = static_cast<LONG>(reinterpret_cast<std::intptr_t>(this));
+    return window && IsWindow(window) && GetWindowLongW(window, GWLP_USERDATA) == self;
+}
+
 bool cDlg::copyTemplate() noexcept
 {
     const HRSRC found = FindResourceW(instance, MAKEINTRESOURCEW(record.templateId), RT_DIALOG);
-    const HGLOBAL loaded = found ? LoadResource(instance, found) : nullptr;
+    const DWORD size = found ? SizeofResource(instance, found) : 0;
+    if (size == 0 || size > LARGEST_TEMPLATE) return false;
+    const HGLOBAL loaded = LoadResource(instance, found);
     const void* const source = loaded ? LockResource(loaded) : nullptr;
     if (!source) return false;
-    const std::size_t size = SizeofResource(instance, found);
     if (bufferSize_ < size + SPARE) {
         SafeFree(&record.ownedBuffer);
         record.ownedBuffer = heap::allocate(size + SPARE);

@@ -1,8 +1,9 @@
 // cDlg: the base of every dialog. It copies a dialog template of a module's resources into memory, adjusts the copy,
 // creates the dialog from it, modal or modeless, and routes the dialog's messages to the object's virtual operations.
 //
-// The object must live as long as its dialog. It belongs to the thread that creates the dialog and may create one after
-// another; nothing here is locked. Derived classes override OnMessage and OnInitDialog.
+// The object must live as long as its dialog, and until the call that destroyed the dialog has returned. It belongs to
+// the thread that creates the dialog and may create one after another, never two at a time; nothing here is locked.
+// Derived classes override OnMessage and OnInitDialog. Overrides must not throw: the system calls them.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +20,7 @@ class cDlg;
 struct TB_API cDlgFuncsHolder
 {
     InstanceHandle instance = nullptr; // where templates, icons and strings are found
-    WindowHandle window = nullptr;     // null until the dialog receives its first message
+    WindowHandle window = nullptr;     // null until WM_INITDIALOG; stays when the dialog is gone
 };
 
 // Hears the messages that were not answered before the chained procedure or DefaultHandler came into play: after these,
@@ -62,8 +63,9 @@ public:
     virtual ~cDlg();
 
     // Shows the dialog until it is ended; returns its result, or -1 when it could not be created: silently without the
-    // template or memory, else a box says why, and the thread's last error does. A parent that is no window counts as
-    // none, and a dialog without one is centred on the screen.
+    // template (identifiers end at 0xFFFF) or memory, or while the object has a dialog, else a box says why, and the
+    // thread's last error does. A parent that is no window counts as none, and a dialog without one is centred on the
+    // screen.
     virtual std::int32_t DoModal(InstanceHandle module, std::uint32_t id, WindowHandle parent, WindowProcedure chained);
     // The same, modeless: returns at once, null on failure. A command destroys the dialog.
     virtual WindowHandle Create(InstanceHandle module, std::uint32_t id, WindowHandle parent, WindowProcedure chained);
@@ -76,8 +78,8 @@ public:
     virtual std::uint8_t OnInitDialog();
     // A command ends the dialog with the command's identifier; nothing else is handled.
     virtual MessageResult DefaultHandler(unsigned int message, WordParameter word, LongParameter parameter);
-    // Every message but the queries for size limits and notify format comes here first. A result other than 0 is the
-    // answer of the dialog procedure, and nothing more is done.
+    // Every message but the queries for notify format, and for size limits while record has some, comes here first. A
+    // result other than 0 is the answer of the dialog procedure, and nothing more is done.
     virtual MessageResult OnMessage(unsigned int message, WordParameter word, LongParameter parameter);
 
     DlgRecord record;
@@ -85,6 +87,7 @@ public:
 private:
     bool prepare(InstanceHandle module, std::uint32_t id, WindowHandle& parent, WindowProcedure chained,
                  std::uint32_t modeless) noexcept;
+    bool hasDialog() const noexcept;
     bool copyTemplate() noexcept;
 
     std::size_t bufferSize_ = 0;

@@ -14,10 +14,15 @@ constexpr std::int32_t TITLE_LINE = 20;
 constexpr std::int32_t TEXT_LINE = 14;
 constexpr std::int32_t LARGE_TEXT_LINE = 17;
 
+// Figures beyond these are taken for them: no line is without height, and no sum overflows.
+constexpr std::int32_t LEAST_DPI = 48, MOST_DPI = 4800;
+constexpr std::int32_t MOST_LINES = 1000;
+constexpr std::int32_t MOST_PIXELS = 0x1000000;
+
 class Scale
 {
 public:
-    Scale(std::int32_t dpi, bool largeText) : dpi_(dpi), largeText_(largeText) {}
+    Scale(std::int32_t dpi, bool largeText) : dpi_(std::clamp(dpi, LEAST_DPI, MOST_DPI)), largeText_(largeText) {}
     std::int32_t operator()(std::int32_t pixels) const
     {
         return static_cast<std::int32_t>((std::int64_t(pixels) * dpi_ + LAYOUT_BASE_DPI / 2) / LAYOUT_BASE_DPI);
@@ -47,8 +52,7 @@ LayoutBox cut(const LayoutBox& box, std::int32_t width, std::int32_t height)
 HeaderLayout layoutHeader(std::int32_t width, std::int32_t height, std::int32_t dpi, std::int32_t iconSize,
                           bool largeText) noexcept
 {
-    width = std::max(width, 0);
-    height = std::max(height, 0);
+    for (std::int32_t* const size : {&width, &height, &iconSize}) *size = std::clamp(*size, 0, MOST_PIXELS);
     const Scale scale(dpi, largeText);
     const std::int32_t margin = scale(MARGIN);
     const LayoutBox icon = {margin, (height - iconSize) / 2, iconSize, iconSize};
@@ -65,7 +69,7 @@ HeaderLayout layoutHeader(std::int32_t width, std::int32_t height, std::int32_t 
 std::int32_t suitableHeaderHeight(std::int32_t dpi, std::int32_t textLines, bool largeText) noexcept
 {
     const Scale scale(dpi, largeText);
-    return scale.block(std::max(textLines, 1)) + 2 * scale(MARGIN_ABOVE);
+    return scale.block(std::clamp(textLines, 1, MOST_LINES)) + 2 * scale(MARGIN_ABOVE);
 }
 
 } // namespace toolbelt

@@ -46,7 +46,8 @@ TB_API std::int32_t DefaultCodePage() noexcept;
 
 // Converts byteCount bytes (units) of a code page (-1: DefaultCodePage) into out and returns the units (bytes) written;
 // without out it returns what would be written. 0 when nothing can be: no input, an unknown code page, capacity too
-// small. Malformed input becomes U+FFFD. Input and output must not overlap.
+// small. Malformed UTF-8 and lone surrogates on the way to it become U+FFFD; for other code pages the system chooses
+// what stands for what they lack. Input and output must not overlap.
 TB_API std::int32_t multibyteToWide(std::int32_t codePage, const char* bytes, std::int32_t byteCount, wchar_t* out,
                                     std::int32_t capacity) noexcept;
 TB_API std::int32_t wideToMultibyte(std::int32_t codePage, const wchar_t* units, std::int32_t count, char* out,

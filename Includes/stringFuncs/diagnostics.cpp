@@ -66,7 +66,7 @@ void reportAssertion(const wchar_t* expression, const wchar_t* file, std::int32_
 
 void SafeFree(std::nullptr_t) noexcept
 {
-    reportAssertion(L"false", L"stringFuncs", 146); // the place that readers of old reports know
+    reportAssertion(L"false", L"stringFuncs", 146); // a fixed place, the same in every version
 }
 
 } // namespace toolbelt

@@ -4,6 +4,7 @@
 #include "Includes/stringFuncs/conversion.h"
 #include "Includes/stringFuncs/format_output.h"
 #include "Includes/stringFuncs/text_units.h"
+#include "crypto/base/heap.h"
 
 namespace toolbelt {
 namespace {
@@ -57,6 +58,7 @@ std::int32_t eachCharacter(const char* text, std::int32_t limit, std::int32_t en
 {
     MultibyteReader reader(text);
     wchar_t units[4];
+    const WipeOnExit guard(units);
     std::int32_t count = 0;
     while (count < limit && count < enough) {
         const std::int32_t n = reader.next(units);
@@ -80,8 +82,10 @@ void justify(FormatOutput& output, const FormatDirective& directive, std::int32_
 void formatCharacter(FormatOutput& output, const FormatDirective& directive, int character, bool narrow) noexcept
 {
     wchar_t units[4] = {static_cast<wchar_t>(character)};
+    const WipeOnExit unitsGuard(units);
     if (narrow) {
-        const char text[2] = {static_cast<char>(character), 0};
+        char text[2] = {static_cast<char>(character), 0};
+        const WipeOnExit textGuard(text);
         if (MultibyteReader(text).next(units) == 0) units[0] = 0;
     }
     justify(output, directive, 1, [&] { output.put(units[0]); });

@@ -1,9 +1,11 @@
 // The bounded printf-style formatter for wide text. It writes into the caller's buffer, never past its capacity
-// (terminator included), allocates nothing and gives the same text on every system and in every locale.
+// (terminator included), allocates nothing itself and depends on no locale: but for the code page of multibyte text and
+// the width of a pointer, every system gives the same text.
 //
 // A directive is % flags width . precision size letter, of at most 100 units:
 //   flags      - + blank # 0, in any order. Width and precision: digits or * (a negative * width means -, a negative *
-//              precision none). Both may be of any size: what lies behind the buffer's end is cut.
+//              precision none). Both may be of any size: what lies behind the buffer's end is cut, be it between the
+//              halves of a surrogate pair.
 //   size       I64 (8-byte integer), I32, I, l (4 bytes), h (2 bytes), tried in this order; one at most.
 //   d i u o x X  integers. e E f g G: a double, rounded correctly at any precision; two exponent digits or three, "inf"
 //              and "nan" (upper case with E and G).

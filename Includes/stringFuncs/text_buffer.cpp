@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::int64_t allocationStep = 4096;
 
-// Negative counts mean up to the terminator; no source, no units. Texts beyond 31 bits do not fit beside anything else.
+// Negative counts mean up to the terminator, which a null source has at once. In 64 bits, so that no sum overflows.
 template <typename Unit>
 std::int64_t unitsToCopy(const Unit* source, std::int32_t count) noexcept
 {
@@ -67,7 +67,7 @@ template <typename Unit>
 std::int32_t TextBuffer<Unit>::setLength(std::int32_t n) noexcept
 {
     if (n < 0) {
-        reportAssertion(L"n >= 0", L"stringFuncs", __LINE__);
+        reportAssertion(L"n >= 0", L"text_buffer.cpp", __LINE__);
         return 0;
     }
     if (length_ < n) {
@@ -112,9 +112,9 @@ std::int32_t TextBuffer<Unit>::assign(const Unit* source, std::int32_t count) no
 }
 
 template <typename Unit>
-bool TextBuffer<Unit>::replace(std::int32_t n) noexcept
+bool TextBuffer<Unit>::replace(std::int64_t n) noexcept
 {
-    const std::int64_t need = std::int64_t(n) + 1;
+    const std::int64_t need = n + 1;
     if (capacity_ < need) {
         clear();
         text_ = allocateText<Unit>(need, capacity_);
@@ -122,7 +122,8 @@ bool TextBuffer<Unit>::replace(std::int32_t n) noexcept
     } else {
         wipe(text_, static_cast<std::size_t>(length_) * sizeof(Unit));
     }
-    length_ = n;
+    length_ = static_cast<std::int32_t>(n);
+    text_[length_] = 0; // the caller may have written behind the old end
     return true;
 }
 

@@ -1,24 +1,18 @@
 // TextBuffer: the owned, zero-terminated buffer under every string class, for 16-bit and for 8-bit units. It knows the
 // growth rule, and gives no buffer back to the heap before it has overwritten the whole of it with zeros.
 //
-// Every unit behind length() is zero. Capacities move in steps of 4096 bytes. When memory runs out an operation says so
-// on the debug channel, returns 0 and leaves the buffer as it was.
+// Every unit behind length() is zero, unless the caller wrote there: the terminator comes back when the text changes,
+// the other zeros with fixLength(). Capacities move in steps of 4096 bytes. When memory runs out an operation says so
+// on the debug channel, returns 0 and leaves the buffer as it was; replace() and convertInto() leave it empty.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <utility>
 
-namespace toolbelt {
+#include "Includes/stringFuncs/text_units.h"
 
-// Units before the terminator. The C library's wide functions are not for 16-bit units everywhere.
-template <typename Unit>
-std::size_t textLength(const Unit* text) noexcept
-{
-    std::size_t length = 0;
-    while (text[length] != 0) ++length;
-    return length;
-}
+namespace toolbelt {
 
 // A zeroed block of the smallest multiple of 4096 bytes that holds the units, or null, said on the debug channel. The
 // capacity is the block's size in units.
@@ -46,7 +40,7 @@ public:
 
     // Makes room for a text of n units that the caller then writes to text(): old content is gone, length() is n. A
     // buffer that is too small is released before the new one is asked for: on failure nothing is left. False then.
-    bool replace(std::int32_t n) noexcept;
+    bool replace(std::int64_t n) noexcept;
     // Wipes and frees.
     void clear() noexcept;
     bool holds(const void* address) const noexcept;
@@ -70,7 +64,12 @@ void convertInto(TextBuffer<Unit>& buffer, const Source* source, std::int32_t co
 {
     if (count < 0) {
         if (source == nullptr) return;
-        count = static_cast<std::int32_t>(textLength(source));
+        const std::size_t length = textLength(source);
+        if (length > INT32_MAX) {
+            buffer.replace(static_cast<std::int64_t>(length)); // as when memory runs out
+            return;
+        }
+        count = static_cast<std::int32_t>(length);
     }
     TextBuffer<Unit> old; // lives to the end: the source may lie in it
     if (buffer.holds(source)) buffer.swap(old);

@@ -68,7 +68,7 @@ static_assert(sizeof(required) / sizeof(Binding) + sizeof(optional) / sizeof(Bin
 
 CAdvAPIDll::~CAdvAPIDll()
 {
-    if (binding_.serviceManager && !processIsEnding())
+    if (binding_.serviceManager && record_.module && !processIsEnding())
         asFunction<decltype(&::CloseServiceHandle)>(binding_.functions.closeServiceHandle)(
             static_cast<SC_HANDLE>(binding_.serviceManager));
 }

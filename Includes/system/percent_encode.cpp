@@ -44,13 +44,15 @@ int bytesAnnounced(int first)
 bool PercentEncode(const wchar_t* text, cWCS& target) noexcept
 {
     if (!text) return true;
+    cWCS escaped; // first, as the text may lie in the target
     for (; *text; ++text) {
         const wchar_t escape[3] = {L'%', DIGITS[*text >> 4 & 15], DIGITS[*text & 15]};
         if (isPlain(*text))
-            target.Append(text, 1);
+            escaped.Append(text, 1);
         else
-            target.Append(escape, 3);
+            escaped.Append(escape, 3);
     }
+    if (escaped.text()) target.Append(escaped.text(), escaped.length());
     return true;
 }
 

@@ -43,7 +43,7 @@ wchar_t* formatPowerShellLine(cWCS& line, const wchar_t* program, const wchar_t*
 std::uint32_t RunPowerShell(const wchar_t* command) noexcept
 {
     cWCS folders;
-    if (!listFolders(folders)) return ERROR_FILE_NOT_FOUND;
+    if (!listFolders(folders)) return ERROR_NOT_ENOUGH_MEMORY;
     return runPowerShellFrom(folders.text(), command);
 }
 

@@ -75,6 +75,7 @@ cShell32Dll& cShell32Dll::getStatic() noexcept
 bool cShell32Dll::getDocumentsFolder(wchar_t (&path)[DLL_PATH_UNITS]) noexcept
 {
     constexpr wchar_t OPERATION[] = L"cShell32Dll::getDocumentsFolder";
+    const TracedEntry entry(record_.lock, OPERATION);
     if (functions_.getSpecialFolderPathW)
         return asFunction<decltype(&::SHGetSpecialFolderPathW)>(functions_.getSpecialFolderPathW)(
                    nullptr, path, DOCUMENTS, FALSE) != 0;
@@ -87,8 +88,9 @@ bool cShell32Dll::getDocumentsFolder(wchar_t (&path)[DLL_PATH_UNITS]) noexcept
     if (requireFunction(*this, functions_.getPathFromIdListW, OPERATION))
         done = asFunction<decltype(&::SHGetPathFromIDListW)>(functions_.getPathFromIdListW)(items, path) != 0;
     IMalloc* allocator = nullptr;
-    if (requireFunction(*this, functions_.getMalloc, OPERATION) &&
-        SUCCEEDED(asFunction<decltype(&::SHGetMalloc)>(functions_.getMalloc)(&allocator)) && allocator) {
+    if (!requireFunction(*this, functions_.getMalloc, OPERATION))
+        done = false;
+    else if (SUCCEEDED(asFunction<decltype(&::SHGetMalloc)>(functions_.getMalloc)(&allocator)) && allocator) {
         allocator->Free(items);
         allocator->Release();
     }

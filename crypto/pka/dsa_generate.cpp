@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "crypto/bignum/modular.h"
+#include "crypto/bignum/witness.h"
 #include "crypto/hash/hash.h"
 #include "crypto/pka/dsa_key.h"
 #include "crypto/pka/generation.h"
@@ -15,7 +16,7 @@ namespace {
 constexpr std::int32_t SHA1_ID = 2;
 constexpr std::uint32_t HASH_LENGTH = 20;
 constexpr std::uint32_t Q_BITS = 8 * HASH_LENGTH;
-constexpr std::uint32_t ROUNDS = 40; // of table C.1
+constexpr std::uint32_t ROUNDS = 40; // Fermat rounds, as many as table C.1 asks of another test
 
 struct DestroyHash
 {
@@ -54,9 +55,16 @@ public:
 private:
     Status test(bool& isPrime, const BigNum& candidate)
     {
-        std::int32_t outcome = 0;
-        isPrime = bnProbablePrime(candidate, ROUNDS, &outcome) == 1;
-        if (outcome == PRIME_NO_PREDECESSOR) return PKA_E_MEMORY; // a candidate is never 0
+        // As bnProbablePrime does, which would take a failed allocation for a composite number.
+        std::int32_t outcome = PRIME_DIVISIBLE;
+        if (bnTrialDivision(candidate)) {
+            std::uint32_t passed = 0;
+            BigNum predecessor;
+            if (const Status status = bnSubtractWord(predecessor, candidate, 1)) return status;
+            if (const Status status = detail::fermatRounds(passed, candidate, predecessor, ROUNDS)) return status;
+            outcome = static_cast<std::int32_t>(passed);
+        }
+        isPrime = outcome == static_cast<std::int32_t>(ROUNDS);
         return reportPhase(sink_, nullptr, static_cast<std::uint32_t>(outcome));
     }
 

@@ -95,7 +95,8 @@ TB_API std::int32_t dsaKeyLength(const DsaKey& key);
 // The form of importDsaPrivateDer. PKA_E_HEADER also for a record without the private mark. A missing y is computed.
 [[nodiscard]] TB_API Status exportDsaPrivateDer(DsaKey& key, std::uint8_t* output, std::uint32_t* inOutSize);
 
-// ---- generation (FIPS 186-4: A.1.1.2 with SHA-1, A.2.1, B.1.1)
+// ---- generation (FIPS 186-4: A.1.1.2 with SHA-1, A.2.1, B.1.1). The standard pairs a q of 160 bits with a p of 1,024;
+// other lengths follow the same steps.
 
 inline constexpr std::uint32_t DSA_DOMAIN_SEED_LENGTH = 20;
 // The domain's seed, and 64 bits more than q has for x.
@@ -104,7 +105,7 @@ inline constexpr std::uint32_t DSA_MIN_BITS = 512;
 
 // Makes a private key with a p of that many bits (DSA_MIN_BITS to PKA_MAX_KEY_BITS, a multiple of 64; PKA_E_LENGTH
 // otherwise) and a q of 160, from DSA_SEED_LENGTH random bytes. The first 20 are counted up until they give a domain,
-// and are then the domain_parameter_seed that proves how it came about; the others become x, and the caller wipes them.
+// and are then the domain_parameter_seed it came from; the others become x, and the caller wipes them.
 // The sink (may be null) hears "Generates prime table\n" when there is no table, "Finds prime Q\n" with 160, "Finds
 // prime P\n" with bits, and the status of the probable-prime test of each tested candidate; a reply other than 0 ends
 // the work and is returned. *key is written on success only.

@@ -7,12 +7,12 @@ namespace toolbelt {
 namespace {
 
 // The sign core demands the public mark, while a private record carries, and its export demands, the private one: the
-// core is lent a record of views. What is marked stays marked.
+// core is lent a record of views. A record with neither mark stays refused.
 Status sign(const DsaKey& key, PairForm form, std::uint8_t* output, std::uint32_t* outputLength,
             const std::uint8_t* input, std::uint32_t inputLength)
 {
     DsaKey lent;
-    lent.magic = DSA_PUBLIC_MAGIC;
+    lent.magic = key.magic == DSA_PRIVATE_MAGIC ? DSA_PUBLIC_MAGIC : key.magic;
     for (BigNum DsaKey::*number : {&DsaKey::p, &DsaKey::g, &DsaKey::q, &DsaKey::x})
         if (bnView(lent.*number, key.*number, 0) != STATUS_OK) return PKA_E_RAW_FAILED;
     return outcome(dsaSign(lent, form, output, outputLength, input, inputLength), PKA_E_RAW_FAILED);

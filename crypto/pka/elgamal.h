@@ -50,7 +50,7 @@ public:
                         std::uint32_t inputLength) override;
     ~cPrivateElgamal() override;
     Status exportDer(std::uint8_t* output, std::uint32_t* outputLength) override;
-    // PKA_E_HEADER when the record lacks the private mark, PKA_E_OBJECT when the key cannot be made.
+    // PKA_E_OBJECT when the record lacks the private mark or the key cannot be made.
     Status makePublic(cPKA** key) override;
 
     const ElgamalKey& record() const { return *record_; }

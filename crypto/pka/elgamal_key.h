@@ -49,6 +49,8 @@ using ElgamalOwner = std::unique_ptr<ElgamalKey>;
 // k, the size of p in bytes.
 TB_API std::int32_t elgamalKeyLength(const ElgamalKey& key);
 
+inline constexpr std::uint32_t ELGAMAL_MAX_SIGNATURE_BITS = 65535; // each of r and s
+
 // ---- operations. STATUS_BUFFER_TOO_SMALL with the capacity demanded; PKA_E_KEY for a record with another mark than
 // the operation's; PKA_E_RANDOM; PKA_E_FAILED; or the status of the arithmetic. Outputs are written on success only.
 
@@ -62,8 +64,9 @@ TB_API std::int32_t elgamalKeyLength(const ElgamalKey& key);
 // A prefixed (r, s) for the digest, a number of any length. Private mark.
 [[nodiscard]] TB_API Status elgamalSign(const ElgamalKey& key, std::uint8_t* output, std::uint32_t* outputLength,
                                         const std::uint8_t* digest, std::uint32_t digestLength);
-// 0 for a valid signature. Public mark. r and s longer than p are refused, so that work is bounded; beyond that their
-// range is not tested, by design: a signature shows no more than that the equation holds.
+// 0 for a valid signature. Public mark. r and s longer than a prefixed number are refused in DER too, which bounds
+// their work (that of the digest is the caller's to bound); beyond that their range is not tested, by design: a
+// signature shows no more than that the equation holds.
 [[nodiscard]] TB_API Status elgamalVerify(const ElgamalKey& key, PairForm form, const std::uint8_t* signature,
                                           std::uint32_t signatureLength, const std::uint8_t* digest,
                                           std::uint32_t digestLength);

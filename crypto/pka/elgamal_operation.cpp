@@ -104,8 +104,7 @@ Status elgamalVerify(const ElgamalKey& key, PairForm form, const std::uint8_t* s
     NumberPair pair;
     if (!readPair(pair, form, signature, signatureLength)) return PKA_E_FAILED;
     const BigNum &r = pair.first, &s = pair.second;
-    const std::uint32_t bits = bnBitLength(key.p);
-    if (bnBitLength(r) > bits || bnBitLength(s) > bits) return PKA_E_FAILED;
+    if (bnBitLength(r) > ELGAMAL_MAX_SIGNATURE_BITS || bnBitLength(s) > ELGAMAL_MAX_SIGNATURE_BITS) return PKA_E_FAILED;
 
     BigNum h, left, power, right;
     if (const Status status = bnModExp(left, key.y, r, key.p)) return status;

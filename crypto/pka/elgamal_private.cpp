@@ -39,7 +39,7 @@ Status cPrivateElgamal::exportDer(std::uint8_t* output, std::uint32_t* outputLen
 
 Status cPrivateElgamal::makePublic(cPKA** key)
 {
-    if (record_->magic != ELGAMAL_PRIVATE_MAGIC) return PKA_E_HEADER;
+    if (record_->magic != ELGAMAL_PRIVATE_MAGIC) return PKA_E_OBJECT;
     ElgamalOwner half(newElgamalKey(ELGAMAL_PUBLIC_MAGIC));
     if (!half || ensureElgamalPublicValue(*record_) != STATUS_OK) return PKA_E_OBJECT;
     for (BigNum ElgamalKey::*number : {&ElgamalKey::p, &ElgamalKey::g, &ElgamalKey::y, &ElgamalKey::fourth})

@@ -5,7 +5,8 @@
 // Output operations read *outputLength as the capacity and write the length produced; when the capacity is too small
 // they store the needed length and return STATUS_BUFFER_TOO_SMALL. An operation that a class does not offer answers
 // PKA_E_NOT_OFFERED and writes nothing. "Prefixed" is the prefixed form of bignum.h (k + 2 bytes for a key of k bytes,
-// zeros behind a shorter number); "DER" is an OCTET STRING of k content bytes.
+// zeros behind a shorter number); "DER" is an OCTET STRING of k content bytes. So it is for RSA; DSA and
+// ElGamal carry pairs of numbers instead (dsa.h, elgamal.h).
 #pragma once
 
 #include <cstdint>

@@ -10,7 +10,8 @@
 namespace toolbelt {
 
 // The pool reads from the caller's buffer, which stays the caller's and must live until the pool is reset; position and
-// shortfall become 0. Bytes are wiped in the caller's buffer as they are taken. Null or 0 empties the pool.
+// shortfall become 0. Bytes are wiped in the caller's buffer as they are taken. Null or 0 empties the pool. A pool that
+// is replaced is not wiped: reset it first.
 TB_API void setRandomPool(std::uint8_t* bytes, std::uint32_t size);
 // Forgets the buffer; what was left in it is wiped.
 TB_API void resetRandomPool();

@@ -59,20 +59,5 @@ TEST(BigNumMemory, FailuresAreReportedAndEveryArrayIsWiped)
     EXPECT_TRUE(none.count == 0 && none.limbs == nullptr);
 }
 
-// The table, the scratch and the accumulator are allocated once, not with every product.
-TEST(BigNumMemory, AnExponentiationAllocatesNothingPerProduct)
-{
-    Dice dice(8);
-    const Number base = dice.number(4), n = dice.number(4), three("03"), longer(std::string(512, 'e'));
-    n.limbs[0] |= 1;
-    const auto allocations = [&](const BigNum& exponent) {
-        TestHeap heap;
-        BigNum r;
-        EXPECT_EQ(bnModExp(r, base, exponent, n), STATUS_OK);
-        return heap.allocations();
-    };
-    EXPECT_EQ(allocations(three), allocations(longer));
-}
-
 } // namespace
 } // namespace toolbelt::test

@@ -4,10 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <random>
+#include <sstream>
 #include <string>
+#include <vector>
 
-#include "crypto/bignum/bignum.h"
+#include "crypto/bignum/primes.h"
 #include "tests/support/vectors.h"
 
 namespace toolbelt::test {
@@ -81,6 +84,19 @@ inline std::uint64_t residue(const BigNum& number)
     for (std::int32_t i = number.count; i-- > 0;)
         for (const int shift : {32, 0}) rest = (rest << 32 | (number.limbs[i] >> shift & 0xFFFFFFFFu)) % residuePrime;
     return rest;
+}
+
+// A list of numbers as the vectors write it, and the table of primes as one.
+inline std::vector<std::int32_t> integers(const std::string& text)
+{
+    std::istringstream input(text);
+    return {std::istream_iterator<std::int32_t>(input), {}};
+}
+inline std::vector<std::int32_t> table()
+{
+    std::uint32_t count;
+    const std::uint32_t* entries = bnPrimeTable(&count);
+    return {entries, entries + count};
 }
 
 } // namespace toolbelt::test

@@ -3,7 +3,8 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <thread>
 
@@ -12,35 +13,19 @@ namespace {
 
 std::wstring wide(const std::string& utf8)
 {
-    std::wstring text(utf8.size() + 1, L'\0');
-    text.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()),
-                                                             text.data(), static_cast<int>(text.size()))));
-    return text;
+    return std::filesystem::path(std::u8string(utf8.begin(), utf8.end())).wstring();
 }
 
-std::string narrow(const std::wstring& text)
+std::string narrow(const std::filesystem::path& path)
 {
-    std::string utf8(3 * text.size() + 1, '\0');
-    utf8.resize(
-        static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()),
-                                                     utf8.data(), static_cast<int>(utf8.size()), nullptr, nullptr)));
-    return utf8;
+    const std::u8string utf8 = path.u8string();
+    return {utf8.begin(), utf8.end()};
 }
 
-// As the C runtime takes a command line apart.
+// None of the arguments holds a quotation mark or ends with a backslash.
 std::wstring quoted(const std::wstring& argument)
 {
-    std::wstring text = L"\"";
-    for (std::size_t i = 0; i <= argument.size(); ++i) {
-        std::size_t slashes = 0;
-        while (i < argument.size() && argument[i] == L'\\') ++slashes, ++i;
-        const bool beforeQuote = i == argument.size() || argument[i] == L'"';
-        text.append(beforeQuote ? 2 * slashes : slashes, L'\\');
-        if (i == argument.size()) break;
-        if (argument[i] == L'"') text += L'\\';
-        text += argument[i];
-    }
-    return text + L"\"";
+    return L'"' + argument + L'"';
 }
 
 struct Pipe
@@ -54,28 +39,39 @@ struct Pipe
     }
 };
 
-std::string readAll(HANDLE handle)
+// What the process writes until it has ended. The pipe may stay open longer: a program that the system starts on its
+// behalf inherits it.
+std::string readAll(HANDLE handle, HANDLE process)
 {
     std::string text;
-    char piece[65536];
-    for (DWORD got = 0; ReadFile(handle, piece, sizeof piece, &got, nullptr) && got > 0;) text.append(piece, got);
+    std::vector<char> piece(65536);
+    for (;;) {
+        const bool ended = WaitForSingleObject(process, 0) == WAIT_OBJECT_0;
+        DWORD there = 0, got = 0;
+        if (!PeekNamedPipe(handle, nullptr, 0, nullptr, &there, nullptr)) break;
+        if (there != 0 && ReadFile(handle, piece.data(), static_cast<DWORD>(piece.size()), &got, nullptr))
+            text.append(piece.data(), got);
+        else if (ended)
+            break;
+        else
+            Sleep(2);
+    }
     CloseHandle(handle);
     return text;
 }
 
-std::wstring programFolder()
+std::filesystem::path programFolder()
 {
     wchar_t path[MAX_PATH];
-    const std::wstring program(path, GetModuleFileNameW(nullptr, path, MAX_PATH));
-    return program.substr(0, program.find_last_of(L"\\/") + 1);
+    return std::filesystem::path(path, path + GetModuleFileNameW(nullptr, path, MAX_PATH)).parent_path();
 }
 
 } // namespace
 
-Outcome run(const std::vector<std::string>& arguments, const std::string& input)
+Outcome run(const Arguments& arguments, const std::string& input)
 {
     static const std::wstring vectors = wide(TOOLBELT_VECTORS);
-    std::wstring command = quoted(programFolder() + L"toolbelt.exe");
+    std::wstring command = quoted(programFolder() / L"toolbelt.exe");
     for (const std::string& argument : arguments) command += L" " + quoted(wide(argument));
 
     Pipe in(true), out(false), err(false);
@@ -92,7 +88,7 @@ Outcome run(const std::vector<std::string>& arguments, const std::string& input)
     for (const HANDLE handle : {in.reading, out.writing, err.writing}) CloseHandle(handle);
 
     Outcome outcome;
-    std::thread errors([&] { outcome.err = readAll(err.reading); });
+    std::thread errors([&] { outcome.err = readAll(err.reading, process.hProcess); });
     std::thread feeder([&] {
         DWORD written = 0;
         for (std::size_t at = 0; at < input.size(); at += written)
@@ -100,7 +96,7 @@ Outcome run(const std::vector<std::string>& arguments, const std::string& input)
                 break;
         CloseHandle(in.writing);
     });
-    outcome.out = readAll(out.reading);
+    outcome.out = readAll(out.reading, process.hProcess);
     feeder.join();
     errors.join();
     WaitForSingleObject(process.hProcess, INFINITE);
@@ -112,60 +108,58 @@ Outcome run(const std::vector<std::string>& arguments, const std::string& input)
     return outcome;
 }
 
-Scratch::Scratch()
+bool contains(const std::string& text, const std::string& part)
 {
-    wchar_t base[MAX_PATH];
-    folder_ = std::wstring(base, GetTempPathW(MAX_PATH, base)) +
-              L"toolbelt \x041F\x0440\x043E\x0431\x0430 \x6F22\x5B57 " + std::to_wstring(GetCurrentProcessId()) + L"\\";
-    if (!CreateDirectoryW(folder_.c_str(), nullptr)) throw std::runtime_error("no scratch folder");
+    return text.find(part) != std::string::npos;
+}
+
+Arguments operator+(Arguments first, const Arguments& second)
+{
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+Scratch::Scratch()
+    : folder_(std::filesystem::temp_directory_path() /
+              (L"toolbelt \x041F\x0440\x043E\x0431\x0430 \x6F22\x5B57 " + std::to_wstring(GetCurrentProcessId())))
+{
+    std::filesystem::create_directory(folder_);
 }
 
 Scratch::~Scratch()
 {
-    for (const std::string& name : list()) DeleteFileW((folder_ + wide(name)).c_str());
-    RemoveDirectoryW(folder_.c_str());
-}
-
-std::string Scratch::path(const std::string& name) const
-{
-    return narrow(folder_) + name;
+    std::filesystem::remove_all(folder_);
 }
 
 std::wstring Scratch::widePath(const std::string& name) const
 {
-    return folder_ + wide(name);
+    return folder_ / wide(name);
+}
+
+std::string Scratch::path(const std::string& name) const
+{
+    return narrow(widePath(name));
 }
 
 std::string Scratch::write(const std::string& name, const std::string& bytes) const
 {
-    std::FILE* file = _wfopen((folder_ + wide(name)).c_str(), L"wb");
-    if (!file || std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size())
-        throw std::runtime_error("cannot write " + name);
-    std::fclose(file);
+    std::ofstream file(folder_ / wide(name), std::ios::binary);
+    if (!(file << bytes).flush()) throw std::runtime_error("cannot write " + name);
     return path(name);
 }
 
 std::string Scratch::read(const std::string& name) const
 {
-    std::FILE* file = _wfopen((folder_ + wide(name)).c_str(), L"rb");
+    std::ifstream file(folder_ / wide(name), std::ios::binary);
     if (!file) throw std::runtime_error("cannot read " + name);
-    std::string bytes;
-    char piece[4096];
-    for (std::size_t got = 0; (got = std::fread(piece, 1, sizeof piece, file)) > 0;) bytes.append(piece, got);
-    std::fclose(file);
-    return bytes;
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 std::vector<std::string> Scratch::list() const
 {
     std::vector<std::string> names;
-    WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW((folder_ + L"*").c_str(), &found);
-    if (search == INVALID_HANDLE_VALUE) return names;
-    do {
-        if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) names.push_back(narrow(found.cFileName));
-    } while (FindNextFileW(search, &found));
-    FindClose(search);
+    for (const auto& entry : std::filesystem::directory_iterator(folder_))
+        names.push_back(narrow(entry.path().filename()));
     std::sort(names.begin(), names.end());
     return names;
 }

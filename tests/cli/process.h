@@ -1,10 +1,14 @@
 // Starts toolbelt.exe, which lies beside the test program, in the folder of the test vectors, and tells how it ended.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
 namespace toolbelt::test {
+
+using Arguments = std::vector<std::string>;
+Arguments operator+(Arguments first, const Arguments& second);
 
 struct Outcome
 {
@@ -13,7 +17,7 @@ struct Outcome
 };
 
 // Arguments in UTF-8; the streams are pipes.
-Outcome run(const std::vector<std::string>& arguments, const std::string& input = {});
+Outcome run(const Arguments& arguments, const std::string& input = {});
 
 // A folder of its own for each test, its name outside every code page; gone, with its files, afterwards.
 class Scratch
@@ -32,9 +36,10 @@ public:
     std::vector<std::string> list() const;
 
 private:
-    std::wstring folder_;
+    const std::filesystem::path folder_;
 };
 
+bool contains(const std::string& text, const std::string& part);
 // The lines without their ends.
 std::vector<std::string> lines(const std::string& text);
 

@@ -9,59 +9,38 @@
 namespace toolbelt::test {
 namespace {
 
-using Arguments = std::vector<std::string>;
-
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
-
 TEST(Tool, HelpIsOnStandardOutputAndWrongUsageIsExitCode2)
 {
     const Outcome help = run({"--help"});
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_EQ(help.err, "");
-    for (const Arguments& command : std::vector<Arguments>{
-             {"digest"},      {"cipher", "encrypt"}, {"cipher", "decrypt"}, {"bignum"}, {"armour"}, {"dearmour"},
-             {"der", "dump"}, {"key", "generate"},   {"key", "show"},       {"sign"},   {"verify"}, {"encrypt"},
-             {"decrypt"},     {"text", "show"},      {"text", "find"},      {"post"},   {"system"}, {"dialog"},
-             {"key", "ssh"},  {"cert", "show"},      {"cert", "verify"}}) {
-        const std::string name = command.size() == 1 ? command[0] : command[0] + " " + command[1];
+    for (const std::string name :
+         {"digest",       "cipher encrypt", "cipher decrypt", "bignum", "armour", "dearmour",  "der dump",
+          "key generate", "key show",       "key ssh",        "sign",   "verify", "encrypt",   "decrypt",
+          "text show",    "text find",      "post",           "system", "dialog", "cert show", "cert verify"})
         EXPECT_TRUE(contains(help.out, "\n  " + name)) << name;
-        Arguments asking = command;
-        asking.push_back("--help");
-        const Outcome own = run(asking);
-        EXPECT_EQ(own.exitCode, 0) << name;
-        EXPECT_TRUE(contains(own.out, "Usage: toolbelt " + name) && contains(own.out, "Example: toolbelt " + name))
-            << own.out;
+    for (const Arguments& command : {Arguments{"digest"}, Arguments{"cert", "verify"}}) {
+        const Outcome own = run(command + Arguments{"--help"});
+        EXPECT_EQ(own.exitCode, 0);
+        EXPECT_TRUE(contains(own.out, "Usage: toolbelt " + command[0])) << own.out;
+        EXPECT_TRUE(contains(own.out, "Example: toolbelt " + command[0])) << own.out;
     }
-    EXPECT_TRUE(contains(run({"cert", "verify", "--help"}).out, "path lengths are not judged"));
     EXPECT_EQ(run({"--version"}).out.find("toolbelt 1."), 0u);
 
     const std::vector<Arguments> wrong = {{},
                                           {"nonsense"},
                                           {"cert"},
                                           {"cert", "nonsense"},
-                                          {"digest"},
-                                          {"digest", "-a", "md5"},
                                           {"digest", "-a", "sha384", "x"},
-                                          {"digest", "-a", "9", "x"},
-                                          {"digest", "--nonsense"},
                                           {"digest", "-a", "1", "--check", "x", "y"},
                                           {"bignum", "pow", "1", "2"},
                                           {"bignum", "add", "1"},
                                           {"bignum", "sqr", "1", "2"},
                                           {"bignum", "add", "1", "0xg"},
-                                          {"bignum", "add", "1", "0x"},
-                                          {"armour", "x"},
                                           {"armour", "--begin", "B", "x", "y"},
-                                          {"dearmour", "--end", "E", "x", "y"},
-                                          {"key", "show"},
                                           {"key", "show", "a", "b"},
-                                          {"cert", "verify"},
                                           {"cert", "verify", "--at", "2024-02-30", "x"},
-                                          {"cert", "verify", "--at", "2024-1-001", "x"},
-                                          {"cert", "verify", "--at", "-024-01-01", "x"}};
+                                          {"cert", "verify", "--at", "2024-1-001", "x"}};
     for (const Arguments& arguments : wrong) {
         const Outcome outcome = run(arguments);
         EXPECT_EQ(outcome.exitCode, 2) << testing::PrintToString(arguments);
@@ -77,26 +56,19 @@ TEST(Digest, ListsAndHashesWhatTheVectorsSay)
               "1  MD5  16\n2  SHA-1  20\n3  RIPEMD-160  20\n0x80  SHA-256  32\n10  SHA-512  64\n"
               "0x81  Whirlpool  64\n0x82  Keccak-512  64\n0x83  Skein-512  64\n");
     // A million letters are more than one piece of reading; pieces must not show, in Keccak either.
-    const std::map<std::string, Arguments> names = {{"MD5", {"1"}},
-                                                    {"SHA-1", {"sha1"}},
-                                                    {"RIPEMD-160", {"0x3"}},
-                                                    {"SHA-256", {"8", "128", "sHa-256"}},
-                                                    {"SHA-512", {"0xA"}},
-                                                    {"Whirlpool", {"0x81"}},
-                                                    {"Keccak-512", {"0x82", "keccak512"}},
-                                                    {"Skein-512-512", {"0x83"}}};
+    const std::map<std::string, const char*> names = {
+        {"MD5", "1"},       {"SHA-1", "sha1"},     {"RIPEMD-160", "0x3"},       {"SHA-256", "sHa-256"},
+        {"SHA-512", "0xA"}, {"Whirlpool", "0x81"}, {"Keccak-512", "keccak512"}, {"Skein-512-512", "131"}};
     const Scratch scratch;
     const std::string file = scratch.write("million \xC3\xA4\xE6\xBC\xA2.bin", std::string(1000000, 'a'));
     unsigned checked = 0;
     for (const Record& record : readVectors("digests.txt")) {
         if (record.get("input") != "repeat:61:1000000") continue;
-        for (const std::string& name : names.at(record.get("digest"))) {
-            const Outcome outcome = run({"digest", "-a", name, file});
-            EXPECT_EQ(outcome.out, record.get("value") + "  " + file + "\n") << name;
-            ++checked;
-        }
+        const Outcome outcome = run({"digest", "-a", names.at(record.get("digest")), file});
+        EXPECT_EQ(outcome.out, record.get("value") + "  " + file + "\n") << record.get("digest");
+        ++checked;
     }
-    EXPECT_EQ(checked, 11u);
+    EXPECT_EQ(checked, 8u);
     // Exactly one piece, and the empty file: from tests/hash/keccak_per_update.py and from the Keccak submission.
     EXPECT_EQ(run({"digest", "-a", "keccak-512", "-"}, std::string(589824, 'a')).out,
               "03fa9ad483f4757eea6eee82ee96b542c95efd5f8239bb501797624a0c18b9f3"
@@ -127,8 +99,7 @@ TEST(Digest, ChecksLists)
                             "0" + good.substr(1) + "  " + a + "\n" + good + "  " + missing + "\n");
     EXPECT_EQ(bad.exitCode, 1);
     EXPECT_EQ(bad.out, a + ": FAILED\n");
-    for (const std::string list : {"", "\n", "900150983cd24fb0d6963f7d28e17f7  b", "900150983cd24fb0d6963f7d28e17f72 b",
-                                   "900150983cd24fb0d6963f7d28e17f72  "})
+    for (const std::string list : {"\n", "900150983cd24fb0d6963f7d28e17f7  b", "900150983cd24fb0d6963f7d28e17f72 b"})
         EXPECT_EQ(run({"digest", "-a", "1", "--check", "-"}, list).exitCode, 3) << list;
 }
 
@@ -143,29 +114,21 @@ TEST(Bignum, ComputesAndRefuses)
         {{"div", "123456789abcdef0123456789abcdef0", "fedcba987"}, "124924924998d0e9a1f8700\nb76fdadf0\n"},
         {{"mod", "123456789abcdef0123456789abcdef0", "fedcba987"}, "b76fdadf0\n"},
         {{"shl", "1", "40"}, "10000000000000000\n"},
-        {{"shr", "10000000000000001", "40"}, "1\n"},
         {{"shr", "ff", "123456789abcdef0"}, "0\n"},
         {{"gcd", "c", "12"}, "6\n"},
         {{"inverse", "3", "b"}, "4\n"},
         {{"modmul", "7", "8", "b"}, "1\n"},
         {{"modexp", "2", "10001", "ffffffffffffffc5"}, "3427c9aca4f7af13\n"},
-        {{"prime", "2"}, "prime\n"},
-        {{"prime", "3"}, "prime\n"},
         {{"prime", "ffffffffffffffc5"}, "prime\n"},
         {{"prime", "231"}, "composite\n"},
-        {{"prime", "0"}, "composite\n"},
     };
     for (const auto& [arguments, expected] : cases) {
-        Arguments whole = {"bignum"};
-        whole.insert(whole.end(), arguments.begin(), arguments.end());
-        const Outcome outcome = run(whole);
+        const Outcome outcome = run(Arguments{"bignum"} + arguments);
         EXPECT_EQ(outcome.out, expected) << testing::PrintToString(arguments);
         EXPECT_EQ(outcome.exitCode, 0);
     }
     EXPECT_EQ(run({"bignum", "sub", "1", "2"}).err, "toolbelt: bignum sub: out of range (status 3)\n");
-    EXPECT_EQ(run({"bignum", "div", "1", "0"}).exitCode, 3);
     EXPECT_EQ(run({"bignum", "shl", "1", "ffffffffffffffff"}).exitCode, 3);
-    EXPECT_TRUE(contains(run({"bignum", "inverse", "2", "4"}).err, "(status 5)\n"));
 }
 
 TEST(Armour, RoundTripsAndWritesWholeOrNotAtAll)
@@ -178,18 +141,12 @@ TEST(Armour, RoundTripsAndWritesWholeOrNotAtAll)
     EXPECT_EQ(run({"armour", "--begin", "[B]", "--end", "[E]", "--version", "1 x", "-", "-"}, "abc").out,
               "[B]\r\nVersion: 1 x\r\n\r\nYWJj\r\n=uhx7\r\n[E]\r\n");
     EXPECT_EQ(run({"armour", "--no-checksum", "--no-breaks", "-", "-"}, bytes).out.size(), 1336u);
-    for (const std::string& content : {bytes, std::string()}) {
+    const std::pair<std::string, Arguments> trips[] = {{bytes, {"--begin", "--B--", "--end", "--E--"}}, {"", {}}};
+    for (const auto& [content, options] : trips) {
         const std::string in = scratch.write("in", content), text = scratch.path("text"), out = scratch.path("out");
-        for (const Arguments& options : std::vector<Arguments>{{}, {"--begin", "--B--", "--end", "--E--"}}) {
-            Arguments armour = {"armour"}, dearmour = {"dearmour"};
-            for (Arguments* arguments : {&armour, &dearmour})
-                arguments->insert(arguments->end(), options.begin(), options.end());
-            armour.insert(armour.end(), {in, text});
-            dearmour.insert(dearmour.end(), {text, out});
-            EXPECT_EQ(run(armour).exitCode, 0);
-            EXPECT_EQ(run(dearmour).exitCode, 0);
-            EXPECT_EQ(scratch.read("out"), content);
-        }
+        EXPECT_EQ(run(Arguments{"armour"} + options + Arguments{in, text}).exitCode, 0);
+        EXPECT_EQ(run(Arguments{"dearmour"} + options + Arguments{text, out}).exitCode, 0);
+        EXPECT_EQ(scratch.read("out"), content);
     }
     // A failure keeps the file that was there, and leaves nothing beside it.
     const std::string kept = scratch.write("out", "kept"), missing = scratch.path("missing");
@@ -246,8 +203,9 @@ TEST(Der, DumpsTreesAndStopsAtWhatIsNone)
 
 TEST(Key, ShowsAndConvertsWhatTheVectorsSay)
 {
-    unsigned rsa = 0;
+    std::map<std::string, int> kinds; // two keys of each will do
     for (const Record& record : readVectors("keys/public-keys.txt")) {
+        if (++kinds[record.get("key")] > 2) continue;
         const std::string file = "keys/" + record.get("file");
         const Outcome shown = run({"key", "show", file}), ssh = run({"key", "ssh", file});
         const auto plain = [](const std::string& hex) { return hex.substr(hex.find_first_not_of('0')); };
@@ -267,12 +225,9 @@ TEST(Key, ShowsAndConvertsWhatTheVectorsSay)
         EXPECT_EQ(shown.out, "key: RSA public key\n  bits: " + record.get("key-bits") +
                                  "\n  n: " + plain(record.get("n")) + "\n  e: " + plain(record.get("e")) + "\n");
         EXPECT_EQ(ssh.out, "ssh-rsa " + record.get("ssh-rsa") + "\n") << file;
-        if (record.has("pkcs1-file")) {
-            EXPECT_EQ(run({"key", "show", "keys/" + record.get("pkcs1-file")}).out, shown.out);
-        }
-        ++rsa;
     }
-    EXPECT_GE(rsa, 12u);
+    EXPECT_EQ(run({"key", "show", "keys/rsa1024.pkcs1.pem"}).out, run({"key", "show", "keys/rsa1024.pub.pem"}).out);
+    EXPECT_EQ(kinds.size(), 4u);
 }
 
 TEST(Key, KeepsPrivateNumbersUnlessAsked)
@@ -306,8 +261,7 @@ TEST(Key, KeepsPrivateNumbersUnlessAsked)
     std::string encrypted = pem;
     encrypted.insert(encrypted.find('\n') + 1, "Proc-Type: 4,ENCRYPTED\n\n");
     EXPECT_EQ(run({"key", "show", "-"}, encrypted).err, "toolbelt: -: an encrypted key (status 33)\n");
-    for (const std::size_t size : {0, 40, 300, 480})
-        EXPECT_EQ(run({"key", "show", "-"}, pem.substr(0, size)).exitCode, 3) << size;
+    EXPECT_EQ(run({"key", "show", "-"}, pem.substr(0, 300)).exitCode, 3);
 }
 
 } // namespace

@@ -88,14 +88,19 @@ TEST(Colored, BandLineAndGradient)
     {
         COLORREF colour;
         int extension;
-        bool refuse;
+        bool shaded;
         int loads;
+        CSysDll* wrapper = nullptr; // the process-wide one
     };
-    for (const Case& c : {Case{0, 0, false, 0}, Case{BLUE, 0, false, 1}, Case{BLUE, 100, false, 1},
-                          Case{BLUE, 0, true, 1}, Case{white, 0, true, 0}}) {
+    CSysDll unloaded, loaded;
+    loaded.Load(L"Msimg32.dll");
+    for (const Case& c :
+         {Case{0, 0, false, 0}, Case{BLUE, 0, true, 1}, Case{BLUE, 100, true, 1}, Case{BLUE, 0, false, 1},
+          Case{white, 0, false, 0}, Case{BLUE, 0, false, 0, &unloaded}, Case{BLUE, 0, true, 0, &loaded}}) {
+        EXPECT_EQ(setImageLibrary(c.wrapper), nullptr);
         dialog.colours.gradientColour = c.colour;
         dialog.colours.headerExtension = c.extension;
-        refuseImages = c.refuse;
+        refuseImages = !c.shaded;
         loads = 0;
         const Canvas canvas(client);
         EXPECT_EQ(SendMessageW(window, WM_ERASEBKGND, reinterpret_cast<WPARAM>(canvas.device), 0), 1);
@@ -107,8 +112,9 @@ TEST(Colored, BandLineAndGradient)
         for (const auto& [x, y] : {std::pair(0, 0), std::pair(width / 4, BAND / 4), std::pair(width - 1, 0),
                                    std::pair(0, BAND - 1), std::pair(width - 1, BAND - 1)}) {
             const double share = std::max(0.0, 1 - x / double(width + c.extension) - y / double(BAND));
-            expectMix(canvas.at(x, y), c.colour == BLUE && !c.refuse ? share : 0);
+            expectMix(canvas.at(x, y), c.shaded ? share : 0);
         }
+        EXPECT_EQ(setImageLibrary(nullptr), c.wrapper);
     }
     refuseImages = false;
 
@@ -133,30 +139,14 @@ TEST(Colored, BandLineAndGradient)
     dialog.colours.gradientColour = BLUE;
     dialog.colours.headerExtension = 0;
     ShowWindow(window, SW_SHOWNOACTIVATE);
-    for (const int wider : {0, 120}) {
-        SetWindowPos(window, nullptr, 0, 0, width + 120 + wider, client.bottom + 100, SWP_NOMOVE | SWP_NOZORDER);
-        UpdateWindow(window);
-        const HDC device = GetDC(window);
-        expectMix(GetPixel(device, 1, 1), 1);
-        expectMix(GetPixel(device, clientRect(window).right / 2, 1), 0.5);
-        EXPECT_EQ(GetPixel(device, 2, BAND), line);
-        ReleaseDC(window, device);
-    }
-}
-
-TEST(Colored, GradientUsesTheWrapperThatThereIs)
-{
-    const Replaced watched(&loadLibrarySlot, watchedLoad);
-    const RECT all = {0, 0, 8, 8};
-    const Canvas canvas(all);
-    CSysDll library;
-    EXPECT_EQ(setImageLibrary(&library), nullptr);
-    EXPECT_FALSE(Gradient(BLUE, all, canvas.device, GREEN)); // nothing is loaded
-    library.Load(L"Msimg32.dll");
-    loads = 0;
-    EXPECT_TRUE(Gradient(BLUE, all, canvas.device, GREEN));
-    EXPECT_EQ(loads, 0);
-    EXPECT_EQ(setImageLibrary(nullptr), &library);
+    UpdateWindow(window);
+    SetWindowPos(window, nullptr, 0, 0, width + 220, client.bottom + 100, SWP_NOMOVE | SWP_NOZORDER);
+    UpdateWindow(window);
+    const HDC device = GetDC(window);
+    expectMix(GetPixel(device, 1, 1), 1);
+    expectMix(GetPixel(device, clientRect(window).right / 2, 1), 0.5);
+    EXPECT_EQ(GetPixel(device, 2, BAND), line);
+    ReleaseDC(window, device);
 }
 
 TEST(Colored, HeaderTextsHaveTheirFontsAndTheWindowColour)
@@ -165,16 +155,6 @@ TEST(Colored, HeaderTextsHaveTheirFontsAndTheWindowColour)
     const HWND window = dialog.open(DIALOG_HEADER);
     const cFonts fonts = dialog.colours.fonts;
     EXPECT_EQ(sharedFonts().arial12, fonts.arial12);
-    const std::tuple<HFONT, const wchar_t*, int> expected[] = {
-        {fonts.shell10, L"MS Shell Dlg", 10}, {fonts.arial12, L"ARIAL", 12}, {fonts.shell8, L"MS Shell Dlg", 8}};
-    for (const auto& [font, face, points] : expected) {
-        LOGFONTW facts = {};
-        ASSERT_TRUE(GetObjectW(font, sizeof facts, &facts));
-        EXPECT_STREQ(facts.lfFaceName, face);
-        EXPECT_EQ(facts.lfHeight, -MulDiv(points, screenDpi(), 72));
-        EXPECT_TRUE(facts.lfWeight == 700 && facts.lfCharSet == DEFAULT_CHARSET);
-        EXPECT_EQ(facts.lfPitchAndFamily, VARIABLE_PITCH | FF_SWISS);
-    }
     // The font that a control gets; null when it is left to the system.
     const auto fontOf = [&](int id) -> HGDIOBJ {
         const Canvas canvas({0, 0, 1, 1});
@@ -185,12 +165,11 @@ TEST(Colored, HeaderTextsHaveTheirFontsAndTheWindowColour)
         EXPECT_TRUE(!own || GetBkMode(canvas.device) == TRANSPARENT);
         return own ? GetCurrentObject(canvas.device, OBJ_FONT) : nullptr;
     };
-    for (const std::uint8_t large : {0, 1}) {
-        dialog.colours.largeText = large;
-        EXPECT_EQ(fontOf(HEADER_TITLE), fonts.arial12);
-        EXPECT_EQ(fontOf(HEADER_TEXT), large ? fonts.shell10 : fonts.shell8);
-        EXPECT_EQ(fontOf(HEADER_ICON), GetStockObject(SYSTEM_FONT)); // in the band, but neither text nor title
-    }
+    EXPECT_EQ(fontOf(HEADER_TITLE), fonts.arial12);
+    EXPECT_EQ(fontOf(HEADER_ICON), GetStockObject(SYSTEM_FONT)); // in the band, but neither text nor title
+    EXPECT_EQ(fontOf(HEADER_TEXT), fonts.shell8);
+    dialog.colours.largeText = 1;
+    EXPECT_EQ(fontOf(HEADER_TEXT), fonts.shell10);
     for (const int top : {BAND - 1, BAND}) {
         SetWindowPos(GetDlgItem(window, BODY_TEXT), nullptr, 5, top, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
         EXPECT_EQ(fontOf(BODY_TEXT) != nullptr, top < BAND);
@@ -201,31 +180,28 @@ TEST(Colored, HeaderTextsHaveTheirFontsAndTheWindowColour)
 
 TEST(Colored, OpensWhereItWasAndLaysOutAnew)
 {
-    struct Case
-    {
-        RECT saved;
-        std::uint8_t enabled;
-        bool moved;
-    };
-    for (const Case& c :
-         {Case{{70, 50, 0, 0}, 1, true}, Case{{0, 50, 0, 0}, 1, false}, Case{{70, 50, 0, 0}, 0, false}}) {
-        RECT saved = c.saved, last;
+    for (const int left : {70, 0}) {
+        RECT saved = {left, 50, 0, 0}, last;
         {
             Header dialog;
             dialog.colours.savedPosition = &saved;
             dialog.colours.titleText = L"Another caption";
-            dialog.colours.enabled = c.enabled;
             const HWND window = dialog.open(DIALOG_HEADER);
             const RECT own = windowRect(window);
-            EXPECT_EQ(own.left == 70 && own.top == 50, c.moved);
-            EXPECT_EQ(textOf(window), c.enabled ? "Another caption" : "Header");
+            EXPECT_EQ(own.left == 70 && own.top == 50, left == 70);
+            EXPECT_EQ(textOf(window), "Another caption");
             for (const int wider : {0, 90}) {
                 SetWindowPos(window, nullptr, 0, 0, own.right - own.left + wider, own.bottom - own.top,
                              SWP_NOMOVE | SWP_NOZORDER);
-                const LayoutBox text =
-                    layoutHeader(clientRect(window).right, BAND, screenDpi(), GetSystemMetrics(SM_CXICON), false).text;
-                const RECT place = clientRect(GetDlgItem(window, HEADER_TEXT));
-                EXPECT_EQ(place.right == text.width && place.bottom == text.height, c.enabled);
+                const auto [icon, title, text] =
+                    layoutHeader(clientRect(window).right, BAND, screenDpi(), GetSystemMetrics(SM_CXICON), false);
+                for (const auto& [id, box] :
+                     {std::pair(HEADER_ICON, icon), std::pair(HEADER_TITLE, title), std::pair(HEADER_TEXT, text)}) {
+                    RECT place = windowRect(GetDlgItem(window, id));
+                    MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
+                    const RECT expected = {box.left, box.top, box.left + box.width, box.top + box.height};
+                    EXPECT_TRUE(EqualRect(&place, &expected)) << id;
+                }
             }
             last = windowRect(window);
         }

@@ -87,27 +87,20 @@ void pump(DWORD milliseconds, const std::function<bool()>& done)
     }
 }
 
-std::vector<int> countObjects()
+std::pair<int, int> countObjects()
 {
-    std::vector<int> count = {static_cast<int>(GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)), 0, 0, 0};
-    if (count[0] == 0) { // Wine does not tell; the process's handle table does: 24 bytes an entry, a type of 0 is free
+    int objects = static_cast<int>(GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)), windows = 0;
+    if (objects == 0) { // Wine does not tell; the process's handle table does: 24 bytes an entry, a type of 0 is free
         const char* table = nullptr;
         std::memcpy(&table, reinterpret_cast<const char*>(__readfsdword(0x30)) + 0x94, sizeof table);
-        for (int i = 0; i < 0x4000; ++i) count[0] += table[24 * i + 14] != 0;
+        for (int i = 0; i < 0x4000; ++i) objects += table[24 * i + 14] != 0;
     }
     for (std::uintptr_t handle = 0x20; handle < 0x2000; handle += 2) {
         DWORD process = 0;
         GetWindowThreadProcessId(reinterpret_cast<HWND>(handle), &process);
-        count[1] += process == GetCurrentProcessId();
-        count[2] += IsMenu(reinterpret_cast<HMENU>(handle)) != 0;
-        ICONINFO icon;
-        if (process == 0 && GetIconInfo(reinterpret_cast<HICON>(handle), &icon)) {
-            ++count[3];
-            DeleteObject(icon.hbmColor);
-            DeleteObject(icon.hbmMask);
-        }
+        windows += process == GetCurrentProcessId();
     }
-    return count;
+    return {objects, windows};
 }
 
 } // namespace toolbelt::test

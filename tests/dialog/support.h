@@ -23,6 +23,7 @@ template <typename Base>
 struct Observed : Base
 {
     std::function<MessageResult(UINT, WPARAM, LPARAM)> onMessage;
+    WindowProcedure chained = nullptr; // of show
 
     MessageResult OnMessage(UINT message, WPARAM word, LPARAM parameter) override
     {
@@ -46,7 +47,7 @@ struct Observed : Base
             }
             return 0;
         };
-        return this->DoModal(GetModuleHandleW(nullptr), id, parent, nullptr);
+        return this->DoModal(GetModuleHandleW(nullptr), id, parent, chained);
     }
 };
 
@@ -92,7 +93,7 @@ std::string textOf(HWND dialog, int id = 0);
 // Delivers messages until done, for so many milliseconds at most.
 void pump(
     DWORD milliseconds, const std::function<bool()>& done = [] { return false; });
-// This process's GDI objects, windows, menus and icons.
-std::vector<int> countObjects();
+// This process's GDI objects and windows.
+std::pair<int, int> countObjects();
 
 } // namespace toolbelt::test

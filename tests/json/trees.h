@@ -37,14 +37,6 @@ inline JsonValue* flagged(std::uint32_t flags, JsonValue* value)
     return value;
 }
 
-// Arrays around each other.
-inline JsonTree nested(std::uint32_t depth)
-{
-    JsonTree tree(jsonNew(JSON_ARRAY));
-    for (std::uint32_t i = 1; i < depth; ++i) tree.reset(array({tree.release()}));
-    return tree;
-}
-
 // CR LF is shown as a line feed, a unit beyond ASCII as <hex>.
 inline std::string shown(const cWCS& out)
 {

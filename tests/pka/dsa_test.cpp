@@ -4,15 +4,10 @@
 #include <map>
 
 #include "crypto/bignum/modular.h"
-#include "tests/pka/field_keys.h"
+#include "tests/pka/keys.h"
 
 namespace toolbelt::test {
 namespace {
-
-Bytes signatureOf(const Bytes& r, const Bytes& s)
-{
-    return join({prefixed(r), prefixed(s)});
-}
 
 TEST(Dsa, VectorsVerifyAndGivenSecretsGiveTheirSignatures)
 {
@@ -21,9 +16,9 @@ TEST(Dsa, VectorsVerifyAndGivenSecretsGiveTheirSignatures)
         if (record.has("p")) continue;
         SCOPED_TRACE(record.where);
         const FieldNumbers& numbers = dsaNumbers(record.get("domain"));
-        const Key open = dsaPublic(numbers), secret = dsaPrivate(numbers);
+        const Key open = numbers.open(), secret = numbers.secret();
         const Bytes digest = record.bytes("digest-value"), r = record.bytes("r"), s = record.bytes("s");
-        const Bytes number = signatureOf(r, s), der = derElement(0x30, join({derInteger(r), derInteger(s)}));
+        const Bytes number = join({prefixed(r), prefixed(s)}), der = derElement(0x30, derIntegers({r, s}));
         const bool good = record.get("expect") == "good";
         if (good && record.has("der")) {
             EXPECT_EQ(der, record.bytes("der"));
@@ -52,7 +47,7 @@ TEST(Dsa, VectorsVerifyAndGivenSecretsGiveTheirSignatures)
 TEST(Dsa, SecretsComeFromThePoolAndZeroIsReplaced)
 {
     const FieldNumbers& numbers = dsaNumbers("dsa512-160");
-    const Key open = dsaPublic(numbers), secret = dsaPrivate(numbers);
+    const Key open = numbers.open(), secret = numbers.secret();
     const Bytes digest = fromHex("a9993e364706816aba3e25717850c26c9cd0d89d");
     resetRandomPool();
     run(*secret, &cPKA::signPrefixed, digest, 30);
@@ -90,18 +85,15 @@ TEST(Dsa, SecretsComeFromThePoolAndZeroIsReplaced)
 TEST(Dsa, DigestsOfAnyLengthAreTakenWhole)
 {
     const FieldNumbers& numbers = dsaNumbers("dsa1024-160");
-    const Key open = dsaPublic(numbers), secret = dsaPrivate(numbers);
+    const Key open = numbers.open(), secret = numbers.secret();
     const Bytes digest(64, 0xC3);
     BigNum h, q;
-    ASSERT_EQ(bnImport(h, digest.data(), 64), 0);
-    ASSERT_EQ(bnImport(q, numbers.q.data(), 20), 0);
+    ASSERT_EQ(bnImport(h, digest.data(), 64) | bnImport(q, numbers.q.data(), 20), 0);
     ASSERT_EQ(bnModulo(h, h, q), 0);
-    Bytes reduced(20);
-    bnExport(reduced.data(), 20, h);
     const Pool pool(Bytes(20, 0x5B));
     const Bytes signature = run(*secret, &cPKA::signPrefixed, digest);
     EXPECT_EQ(verifyPrefixed(*open, signature, digest), 0);
-    EXPECT_EQ(verifyPrefixed(*open, signature, reduced), 0);
+    EXPECT_EQ(verifyPrefixed(*open, signature, bytesOf(h)), 0);
     EXPECT_EQ(verifyPrefixed(*open, signature, slice(digest, 0, 20)), 32);
     EXPECT_EQ(verifyPrefixed(*open, signature, {}), 32);
 }
@@ -121,15 +113,13 @@ TEST(Dsa, EachOperationDemandsItsMark)
         std::uint32_t length = 132;
         EXPECT_EQ(dsaSign(*record, PairForm::prefixed, output.data(), &length, digest.data(), 20), isPublic ? 0 : 4);
         EXPECT_EQ(dsaVerify(*record, PairForm::prefixed, output.data(), length, digest.data(), 20), isPublic ? 0 : 4);
-        EXPECT_EQ(dsaKeyLength(*record), isPublic || isPrivate ? 64 : 0);
-        length = 1000;
-        const Key secret = Key(newPrivateDsa(DsaOwner(record)));
-        Bytes der(1000);
-        EXPECT_EQ(secret->exportDer(der.data(), &length), isPrivate ? 0 : 8);
+        EXPECT_EQ(dsaKeyLength(*record), magic == 1 ? 0 : 64);
+        const Key secret(newPrivateDsa(DsaOwner(record)));
         cPKA* made = nullptr;
+        EXPECT_EQ(secret->exportDer(nullptr, &(length = 0)), isPrivate ? 1 : 8);
         EXPECT_EQ(secret->makePublic(&made), isPrivate ? 0 : 8);
         EXPECT_EQ(Key(made) != nullptr, isPrivate);
-        EXPECT_EQ(run(*secret, &cPKA::signPrefixed, digest).empty(), false) << "the core is lent the mark it demands";
+        run(*secret, &cPKA::signPrefixed, digest, magic == 1 ? 30 : 0); // the core is lent the mark it demands
     }
 }
 

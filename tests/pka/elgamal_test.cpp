@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "crypto/bignum/modular.h"
-#include "tests/pka/field_keys.h"
+#include "tests/pka/keys.h"
 
 namespace toolbelt::test {
 namespace {
@@ -18,11 +18,11 @@ Bytes poolFor(const Bytes& k, std::uint32_t size)
 
 TEST(Elgamal, Ciphertexts)
 {
-    int matched = 0, raised = 0;
+    int raised = 0;
     for (const Record& record : readVectors("keys/elgamal.txt")) {
         SCOPED_TRACE(record.where);
         const FieldNumbers numbers = fieldNumbers(record);
-        const Key open = elgamalPublic(numbers), secret = elgamalPrivate(numbers);
+        const Key open = numbers.open(), secret = numbers.secret();
         const Bytes m = record.bytes("m"), k = record.bytes("k");
         Bytes a = record.bytes("a"), b = record.bytes("b");
         const Bytes plain = padded(m, numbers.k());
@@ -33,17 +33,15 @@ TEST(Elgamal, Ciphertexts)
             b = fromHex("e64c1eed83b08f6762afae30ad698745c5cc7a570d908596838e0f41de5c85210d00f441d0bfb3aab5ac451267c4d8"
                         "506185e88a178e6f13b731f8e3f34c5bc0");
             ++raised;
-        } else {
-            ++matched;
         }
         const Bytes number = join({prefixed(a), prefixed(b)});
         const Pool pool(join({poolFor(k, numbers.k()), poolFor(k, numbers.k())}));
         EXPECT_EQ(run(*open, &cPKA::encryptPrefixed, m), number);
-        EXPECT_EQ(run(*open, &cPKA::rawToDer, m), derElement(0x30, join({derInteger(a), derInteger(b)})));
+        EXPECT_EQ(run(*open, &cPKA::rawToDer, m), derElement(0x30, derIntegers({a, b})));
         EXPECT_EQ(pool.bytes, Bytes(2 * numbers.k())) << "what was taken is wiped";
         EXPECT_EQ(record.unread({"elgamal"}), std::vector<std::string>());
     }
-    EXPECT_EQ(std::pair(matched, raised), std::pair(7, 1));
+    EXPECT_EQ(raised, 1);
 }
 
 TEST(Elgamal, Signatures)
@@ -51,9 +49,9 @@ TEST(Elgamal, Signatures)
     for (const Record& record : readVectors("keys/elgamal-signatures.txt")) {
         SCOPED_TRACE(record.where);
         const FieldNumbers numbers = fieldNumbers(record);
-        const Key open = elgamalPublic(numbers), secret = elgamalPrivate(numbers);
+        const Key open = numbers.open(), secret = numbers.secret();
         const Bytes digest = record.bytes("digest-value"), r = record.bytes("r"), s = record.bytes("s");
-        const Bytes der = derElement(0x30, join({derInteger(r), derInteger(s)}));
+        const Bytes der = derElement(0x30, derIntegers({r, s}));
         EXPECT_EQ(record.unread({"elgamal", "k", "pool"}), std::vector<std::string>());
         const Pool pool(record.bytes("pool"));
         const Bytes signature = run(*secret, &cPKA::signPrefixed, digest);
@@ -74,22 +72,18 @@ TEST(Elgamal, Signatures)
 
 TEST(Elgamal, MessagesAreNumbersModuloPAndAnEmptyPoolIsTold)
 {
-    const FieldNumbers& numbers = elgamalNumbers(64);
-    const Key open = elgamalPublic(numbers), secret = elgamalPrivate(numbers);
+    const FieldNumbers& numbers = elgamalNumbers();
+    const Key open = numbers.open(), secret = numbers.secret();
     const Bytes aboveP = join({{1}, Bytes(63), {2}}); // 2^512 + 2
     BigNum m, p;
-    ASSERT_EQ(bnImport(m, aboveP.data(), 65), 0);
-    ASSERT_EQ(bnImport(p, numbers.p.data(), 64), 0);
+    ASSERT_EQ(bnImport(m, aboveP.data(), 65) | bnImport(p, numbers.p.data(), 64), 0);
     ASSERT_EQ(bnModulo(m, m, p), 0);
-    Bytes reduced(64);
-    bnExport(reduced.data(), 64, m);
-
     Bytes first;
-    for (const std::uint8_t filling : {0x11, 0x12, 0x00, 0xFF}) {
+    for (const std::uint8_t filling : {0x11, 0x00, 0xFF}) {
         const Pool pool(Bytes(3 * 64, filling));
         const Bytes cipher = run(*open, &cPKA::encryptPrefixed, aboveP);
         EXPECT_NE(cipher, first);
-        EXPECT_EQ(run(*secret, &cPKA::privateFromPrefixed, cipher), reduced);
+        EXPECT_EQ(run(*secret, &cPKA::privateFromPrefixed, cipher), padded(bytesOf(m), 64));
         const Bytes zero = run(*open, &cPKA::encryptPrefixed, Bytes(1));
         EXPECT_EQ(slice(zero, zero.size() - 2, 2), Bytes(2)) << "b is 0";
         EXPECT_EQ(run(*secret, &cPKA::privateFromPrefixed, zero), Bytes(64));
@@ -120,9 +114,9 @@ TEST(Elgamal, MessagesAreNumbersModuloPAndAnEmptyPoolIsTold)
 
 TEST(Elgamal, EachOperationDemandsItsMark)
 {
-    const Bytes blob = elgamalNumbers(64).privateBlob();
+    const Bytes blob = elgamalNumbers().privateBlob();
     const Pool pool(Bytes(6 * 64, 0x77));
-    const Bytes pair = run(*elgamalPrivate(elgamalNumbers(64)), &cPKA::signPrefixed, {1});
+    const Bytes pair = run(*elgamalNumbers().secret(), &cPKA::signPrefixed, {1});
     for (const std::uint32_t magic : {ELGAMAL_PUBLIC_MAGIC, ELGAMAL_PRIVATE_MAGIC}) {
         const bool isPrivate = magic == ELGAMAL_PRIVATE_MAGIC;
         const auto record = [&] {
@@ -138,11 +132,10 @@ TEST(Elgamal, EachOperationDemandsItsMark)
         EXPECT_EQ(verifyPrefixed(*open, pair, {1}), isPrivate ? 32 : 0);
         run(*secret, &cPKA::signPrefixed, {1}, isPrivate ? 0 : 30);
         run(*secret, &cPKA::privateFromPrefixed, pair, isPrivate ? 0 : 30);
-        Bytes der(1000);
-        std::uint32_t length = 1000;
+        std::uint32_t length = 0;
         cPKA* made = nullptr;
-        EXPECT_EQ(secret->exportDer(der.data(), &length), isPrivate ? 0 : 8);
-        EXPECT_EQ(secret->makePublic(&made), isPrivate ? 0 : 8);
+        EXPECT_EQ(secret->exportDer(nullptr, &length), isPrivate ? 1 : 8);
+        EXPECT_EQ(secret->makePublic(&made), isPrivate ? 0 : 31);
         EXPECT_EQ(Key(made) != nullptr, isPrivate);
     }
 }

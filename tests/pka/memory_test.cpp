@@ -1,10 +1,8 @@
 // Memory: what keys answer when there is none, and what they leave behind in what they give back.
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <map>
 
-#include "tests/pka/field_keys.h"
+#include "tests/pka/keys.h"
 #include "tests/support/test_heap.h"
 
 namespace toolbelt::test {
@@ -24,29 +22,57 @@ void expectEveryFailure(Status first, std::uint32_t early, std::initializer_list
         else
             EXPECT_TRUE(std::count(others.begin(), others.end(), status)) << status << ", " << heap.allocations();
     });
-    EXPECT_GT(injected, 2u);
-    EXPECT_GT(injected, 2 * early) << "nothing failed later";
-}
-template <typename Call>
-void expectEveryFailure(Status status, Call call)
-{
-    expectEveryFailure(status, 0, {status}, call);
+    EXPECT_GT(injected, std::max(2u, 2 * early)) << "nothing failed later";
 }
 
-TEST(RsaMemory, EveryFailingAllocationGivesTheSlotsStatus)
+struct Slot
 {
-    RsaNumbers wrong = rsaKey("rsa512");
-    const Key open = publicKey(wrong), secret = privateKey(wrong);
-    const Bytes digest(20, 1), openBlob = publicBlob(wrong);
-    const Bytes number = run(*secret, &cPKA::signPrefixed, digest), der = run(*secret, &cPKA::signDer, digest);
-    wrong.d = wrong.qinv = {2}; // so that the completion has everything to compute
-    const Bytes blob = join({openBlob, privatePart(wrong)});
+    const Key& key;
+    OutputSlot slot;
+    const Bytes& input;
+    bool pads; // the padded block is the first allocation, and 2 its failure
+    Status failure;
+};
+void expectEveryFailure(std::initializer_list<Slot> slots)
+{
+    for (const Slot& s : slots)
+        expectEveryFailure(2, s.pads ? 1 : 0, {s.failure}, [&] {
+            const Pool pool(Bytes(64, 0x21));
+            Bytes output(200, 0xA5);
+            std::uint32_t length = 200;
+            const Status status = ((*s.key).*s.slot)(output.data(), &length, s.input.data(), sizeOf(s.input));
+            EXPECT_TRUE(status == STATUS_OK || (length == 200 && output == Bytes(200, 0xA5))) << "half an output";
+            return status;
+        });
+}
 
-    const std::uint32_t recordsBlocks = [] {
-        const TestHeap heap;
-        const RsaPrivateOwner record(newRsaPrivateKey());
-        return heap.allocations();
-    }();
+template <typename Make>
+std::uint32_t blocksOf(Make make)
+{
+    const TestHeap heap;
+    const auto made = make();
+    return heap.allocations();
+}
+
+Status makePublic(cPKA& key)
+{
+    cPKA* made = nullptr;
+    const Status status = key.makePublic(&made);
+    EXPECT_EQ(Key(made) != nullptr, status == STATUS_OK);
+    return status;
+}
+
+TEST(PkaMemory, EveryFailingAllocationGivesTheRsaSlotsStatus)
+{
+    const RsaNumbers& numbers = rsaKey("rsa512");
+    const Key open = numbers.open(), secret = numbers.secret();
+    const Bytes digest(20, 1), number = run(*secret, &cPKA::signPrefixed, digest),
+                               der = run(*secret, &cPKA::signDer, digest);
+    // Two primes of 64 bits, and wrong numbers, so that the completion has everything to compute.
+    RsaNumbers wrong = {128, {3}, {1, 0, 1}, {2}, fromHex("e2eb5e4dc54b3619"), fromHex("ca643ac31ccc407d"),
+                        {},  {},  {2}};
+    const Bytes blob = wrong.privateBlob(), openBlob = wrong.publicBlob();
+    const std::uint32_t recordsBlocks = blocksOf([] { return RsaPrivateOwner(newRsaPrivateKey()); });
     EXPECT_EQ(recordsBlocks, 17u); // the record and eight numbers with their limbs
     // After the record: 4 while numbers are read, 2 again in the completion.
     expectEveryFailure(2, recordsBlocks, {4, 2}, [&] {
@@ -55,98 +81,53 @@ TEST(RsaMemory, EveryFailingAllocationGivesTheSlotsStatus)
         EXPECT_EQ(RsaPrivateOwner(record) != nullptr, status == STATUS_OK);
         return status;
     });
-    expectEveryFailure(31, [&] {
-        cPKA* made = nullptr;
-        const Status status = secret->makePublic(&made);
-        EXPECT_EQ(Key(made) != nullptr, status == STATUS_OK);
-        return status;
-    });
-    expectEveryFailure(-1, [&] { return Key(newPrivateRsa(blob.data(), sizeOf(blob))) ? 0 : -1; });
-    expectEveryFailure(-1, [&] { return Key(newPublicRsa(openBlob.data(), sizeOf(openBlob))) ? 0 : -1; });
+    expectEveryFailure(31, 0, {31}, [&] { return makePublic(*secret); });
+    expectEveryFailure(-1, 0, {-1}, [&] { return Key(newPrivateRsa(blob.data(), sizeOf(blob))) ? 0 : -1; });
+    expectEveryFailure(-1, 0, {-1}, [&] { return Key(newPublicRsa(openBlob.data(), sizeOf(openBlob))) ? 0 : -1; });
     expectEveryFailure(31, 1, {32}, [&] { return verifyPrefixed(*open, number, digest); });
     expectEveryFailure(31, 1, {32}, [&] { return verifyDer(*open, der, digest); });
-    const struct
-    {
-        cPKA* key;
-        OutputSlot slot;
-        const Bytes& input;
-        bool pads; // the padded block is the first allocation, and 2 its failure
-        Status failure;
-    } slots[] = {
-        {open.get(), &cPKA::publicFromPrefixed, number, false, 30},
-        {open.get(), &cPKA::publicFromDer, der, false, 32},
-        {secret.get(), &cPKA::privateFromPrefixed, number, false, 30},
-        {secret.get(), &cPKA::privateFromDer, der, false, 32},
-        {secret.get(), &cPKA::signPrefixed, digest, true, 30},
-        {secret.get(), &cPKA::signDer, digest, true, 32},
-    };
-    for (const auto& s : slots)
-        expectEveryFailure(2, s.pads ? 1 : 0, {s.failure}, [&] {
-            Bytes output(68, 0xA5);
-            std::uint32_t length = 68;
-            const Status status = (s.key->*s.slot)(output.data(), &length, s.input.data(), sizeOf(s.input));
-            EXPECT_TRUE(status == STATUS_OK || (length == 68 && output == Bytes(68, 0xA5))) << "half an output";
-            return status;
-        });
+    expectEveryFailure({{open, &cPKA::publicFromPrefixed, number, false, 30},
+                        {open, &cPKA::publicFromDer, der, false, 32},
+                        {secret, &cPKA::privateFromPrefixed, number, false, 30},
+                        {secret, &cPKA::privateFromDer, der, false, 32},
+                        {secret, &cPKA::signPrefixed, digest, true, 30},
+                        {secret, &cPKA::signDer, digest, true, 32}});
 }
 
-TEST(FieldMemory, EveryFailingAllocationGivesTheSlotsStatus)
+TEST(PkaMemory, EveryFailingAllocationGivesTheFieldSlotsStatus)
 {
     // Small keys (computed in Python), since inversion allocates at every step: two limbs of p, 24 bits of q.
     FieldNumbers dsa = {fromHex("df4d9d16f96568dc33"), fromHex("cb283d"), fromHex("28b26f98a958c54cbd"),
                         fromHex("66d49574de7afcd526"), fromHex("45ecc5")};
     FieldNumbers elgamal = {
         fromHex("baa057d9506a37aacf"), {}, {5}, fromHex("94cff0ec02584b5de2"), fromHex("22085c5bd5e176c64f")};
-    const Key openDsa = dsaPublic(dsa), openElgamal = elgamalPublic(elgamal);
-    const Key secretDsa = dsaPrivate(dsa), secretElgamal = elgamalPrivate(elgamal);
-    const Bytes digest(20, 1), filling(64, 0x21);
-    const auto signedBy = [&](cPKA& key, OutputSlot slot) {
-        const Pool pool(filling);
-        return run(key, slot, digest);
+    const Key openDsa = dsa.open(), openElgamal = elgamal.open();
+    const Key secretDsa = dsa.secret(), secretElgamal = elgamal.secret();
+    const Bytes digest(20, 1);
+    const auto signedBy = [&](const Key& key, OutputSlot slot) {
+        const Pool pool(Bytes(64, 0x21));
+        return run(*key, slot, digest);
     };
-    const Bytes number = signedBy(*secretDsa, &cPKA::signPrefixed), der = signedBy(*secretDsa, &cPKA::signDer);
-    const Bytes pair = signedBy(*secretElgamal, &cPKA::signPrefixed);
-    expectEveryFailure(32, [&] { return verifyPrefixed(*openDsa, number, digest); });
-    expectEveryFailure(32, [&] { return verifyDer(*openDsa, der, digest); });
-    expectEveryFailure(32, [&] { return verifyPrefixed(*openElgamal, pair, digest); });
-    const struct
-    {
-        cPKA& key;
-        OutputSlot slot;
-        const Bytes& input;
-    } slots[] = {
-        {*secretDsa, &cPKA::signPrefixed, digest},      {*secretDsa, &cPKA::signDer, digest},
-        {*openElgamal, &cPKA::encryptPrefixed, digest}, {*openElgamal, &cPKA::rawToDer, digest},
-        {*secretElgamal, &cPKA::signPrefixed, digest},  {*secretElgamal, &cPKA::privateFromPrefixed, pair},
-    };
-    for (const auto& s : slots)
-        expectEveryFailure(30, [&] {
-            const Pool pool(filling);
-            Bytes output(200, 0xA5);
-            std::uint32_t length = 200;
-            const Status status = (s.key.*s.slot)(output.data(), &length, s.input.data(), sizeOf(s.input));
-            EXPECT_TRUE(status == STATUS_OK || (length == 200 && output == Bytes(200, 0xA5))) << "half an output";
-            return status;
-        });
+    const Bytes number = signedBy(secretDsa, &cPKA::signPrefixed), der = signedBy(secretDsa, &cPKA::signDer);
+    const Bytes pair = signedBy(secretElgamal, &cPKA::signPrefixed);
+    expectEveryFailure(32, 0, {32}, [&] { return verifyPrefixed(*openDsa, number, digest); });
+    expectEveryFailure(32, 0, {32}, [&] { return verifyDer(*openDsa, der, digest); });
+    expectEveryFailure(32, 0, {32}, [&] { return verifyPrefixed(*openElgamal, pair, digest); });
+    expectEveryFailure({{secretDsa, &cPKA::signPrefixed, digest, false, 30},
+                        {secretDsa, &cPKA::signDer, digest, false, 30},
+                        {openElgamal, &cPKA::encryptPrefixed, digest, false, 30},
+                        {openElgamal, &cPKA::rawToDer, digest, false, 30},
+                        {secretElgamal, &cPKA::signPrefixed, digest, false, 30},
+                        {secretElgamal, &cPKA::privateFromPrefixed, pair, false, 30}});
 
     dsa.y = elgamal.y = {}; // computed when it is asked for
-    const Bytes dsaBlob = dsa.privateBlob(), elgamalBlob = elgamal.privateBlob();
-    for (const bool isDsa : {true, false}) {
-        const auto import = [&] {
-            return Key(isDsa ? newPrivateDsa(dsaBlob.data(), sizeOf(dsaBlob))
-                             : newPrivateElgamal(elgamalBlob.data(), sizeOf(elgamalBlob)));
-        };
-        const std::uint32_t objectsBlocks = [&] {
-            const TestHeap heap;
-            const Key key = import();
-            return heap.allocations();
-        }();
+    for (const FieldNumbers& numbers : {dsa, elgamal}) {
+        const Bytes blob = numbers.privateBlob();
+        const auto import = [&] { return Key(numbers.secretFactory()(blob.data(), sizeOf(blob))); };
+        const std::uint32_t objectsBlocks = blocksOf(import);
         expectEveryFailure(-1, objectsBlocks, {31}, [&] {
             const Key key = import();
-            cPKA* made = nullptr;
-            const Status status = key ? key->makePublic(&made) : -1;
-            EXPECT_EQ(Key(made) != nullptr, status == STATUS_OK);
-            return status;
+            return key ? makePublic(*key) : -1;
         });
         expectEveryFailure(-1, objectsBlocks, {8}, [&] {
             const Key key = import();
@@ -182,6 +163,7 @@ struct Watch
         blocks.erase(block);
         std::free(block);
     }
+    static std::ptrdiff_t holders() { return std::count_if(blocks.begin(), blocks.end(), holdsSecret); }
 };
 
 // An object with an identifier that the watch can tell from other bytes.
@@ -190,42 +172,24 @@ struct MarkedKey : cPKA
     MarkedKey() { algorithm_ = 0x5E1DC0DE; }
 };
 
-TEST(RsaMemory, NoBlockComesBackWithASecretInIt)
+TEST(PkaMemory, NoBlockComesBackWithASecretInIt)
 {
-    const RsaNumbers& numbers = rsaKey("rsa1024");
-    const Bytes digest = {3, 1, 4, 1, 5, 9, 2, 6}, plain = join({{0}, digest, Bytes(119, 1)});
-    Watch::secrets = {digest, {0x5E, 0x1D, 0xC0, 0xDE}};
-    for (const Bytes& number : {numbers.d, numbers.p, numbers.q, numbers.dp, numbers.dq, numbers.qinv})
-        for (const std::size_t back : {8u, 32u}) Watch::secrets.push_back(slice(number, number.size() - back, 8));
+    const RsaNumbers& rsa = rsaKey("rsa1024e17"); // whose primes are not the p of the other key
+    const FieldNumbers &dsa = dsaNumbers("dsa512-160"), &elgamal = elgamalNumbers();
+    const Bytes message = {3, 1, 4, 1, 5, 9, 2, 6}, plain = join({{0}, message, Bytes(119, 1)}), digest(20, 1),
+                drawn = fromHex("000102030405060708090a0b0c0d0e0f10111213"), whole = padded(drawn, 64);
+    Watch::secrets = {message, {0x5E, 0x1D, 0xC0, 0xDE}, slice(drawn, 12, 8)};
+    for (const Bytes& number : {rsa.d, rsa.p, rsa.q, rsa.dp, rsa.dq, rsa.qinv, dsa.x, elgamal.x})
+        for (const std::size_t back : {8u, 18u}) Watch::secrets.push_back(slice(number, number.size() - back, 8));
     const heap::Backend watch = {Watch::allocate, Watch::release};
     const heap::Backend* const before = heap::setBackend(&watch);
     {
-        const Key secret = privateKey(numbers), open = publicKey(numbers), marked(new (std::nothrow) MarkedKey);
-        EXPECT_EQ(std::count_if(Watch::blocks.begin(), Watch::blocks.end(), Watch::holdsSecret), 7)
-            << "the watch must see the numbers and the identifier while they live";
-        EXPECT_EQ(verifyPrefixed(*open, run(*secret, &cPKA::signPrefixed, digest), digest), 0);
-        EXPECT_EQ(verifyDer(*open, run(*secret, &cPKA::signDer, digest), digest), 0);
+        const Key secret = rsa.secret(), open = rsa.open(), marked(new (std::nothrow) MarkedKey);
+        const Key secretDsa = dsa.secret(), secretElgamal = elgamal.secret(), openElgamal = elgamal.open();
+        EXPECT_EQ(Watch::holders(), 9) << "the watch must see the numbers and the identifier while they live";
+        EXPECT_EQ(verifyPrefixed(*open, run(*secret, &cPKA::signPrefixed, message), message), 0);
+        EXPECT_EQ(verifyDer(*open, run(*secret, &cPKA::signDer, message), message), 0);
         EXPECT_EQ(run(*secret, &cPKA::privateFromPrefixed, run(*open, &cPKA::encryptPrefixed, plain)), plain);
-        run(*secret, &cPKA::exportDer);
-    }
-    heap::setBackend(before);
-    EXPECT_EQ(Watch::leaks, 0);
-    EXPECT_TRUE(Watch::blocks.empty());
-}
-
-TEST(FieldMemory, NoBlockComesBackWithASecretInIt)
-{
-    const FieldNumbers &dsa = dsaNumbers("dsa512-160"), &elgamal = elgamalNumbers(64);
-    const Bytes digest(20, 1), drawn = fromHex("000102030405060708090a0b0c0d0e0f10111213"), whole = padded(drawn, 64);
-    Watch::secrets = {slice(dsa.x, 12, 8), slice(dsa.x, 2, 8), slice(elgamal.x, 20, 8), slice(elgamal.x, 40, 8),
-                      slice(drawn, 12, 8)};
-    const heap::Backend watch = {Watch::allocate, Watch::release};
-    const heap::Backend* const before = heap::setBackend(&watch);
-    {
-        const Key secretDsa = dsaPrivate(dsa), secretElgamal = elgamalPrivate(elgamal);
-        const Key openElgamal = elgamalPublic(elgamal);
-        EXPECT_EQ(std::count_if(Watch::blocks.begin(), Watch::blocks.end(), Watch::holdsSecret), 2)
-            << "the watch must see the numbers while they live";
         for (const auto& [key, slot] : {std::pair<cPKA&, OutputSlot>{*secretDsa, &cPKA::signPrefixed},
                                         {*secretDsa, &cPKA::signDer},
                                         {*secretElgamal, &cPKA::signPrefixed},
@@ -234,11 +198,9 @@ TEST(FieldMemory, NoBlockComesBackWithASecretInIt)
             const Bytes pair = run(key, slot, digest);
             if (&key == openElgamal.get()) run(*secretElgamal, &cPKA::privateFromPrefixed, pair);
         }
-        for (const Key* key : {&secretDsa, &secretElgamal}) {
+        for (const Key* key : {&secret, &secretDsa, &secretElgamal}) {
             run(**key, &cPKA::exportDer);
-            cPKA* made = nullptr;
-            EXPECT_EQ((*key)->makePublic(&made), STATUS_OK);
-            Key(made).reset();
+            publicHalf(**key);
         }
         Bytes seed = join({Bytes(20, 0x3D), Bytes(20), slice(dsa.x, 12, 8)}); // the end of c is not that of x
         DsaKey* made = nullptr;

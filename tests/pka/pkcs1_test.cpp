@@ -6,7 +6,7 @@
 #include <ctime>
 
 #include "crypto/base/runtime_rand.h"
-#include "tests/pka/rsa_test_keys.h"
+#include "tests/pka/keys.h"
 
 namespace toolbelt::test {
 namespace {

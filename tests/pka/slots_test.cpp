@@ -1,7 +1,5 @@
 // Which slots a class offers: exactly its own, the others answer "not offered" and write nothing.
-#include <gtest/gtest.h>
-
-#include "tests/pka/field_keys.h"
+#include "tests/pka/keys.h"
 
 namespace toolbelt::test {
 namespace {
@@ -37,7 +35,7 @@ void expectOnly(cPKA& key, std::initializer_list<int> offered)
 
 TEST(PkaSlots, ClassesOfferTheirSlotsAndNoOthers)
 {
-    const FieldNumbers &dsa = dsaNumbers("dsa512-160"), &elgamal = elgamalNumbers(64);
+    const FieldNumbers &dsa = dsaNumbers("dsa512-160"), &elgamal = elgamalNumbers();
     const struct
     {
         Key key;
@@ -46,12 +44,12 @@ TEST(PkaSlots, ClassesOfferTheirSlotsAndNoOthers)
         std::initializer_list<int> offered;
     } classes[] = {
         {Key(new (std::nothrow) cPKA), PKA_NONE, 0, 0, {}},
-        {publicKey(rsaKey("rsa1025")), 1, 129, 129, {2, 3, 4, 5, 6, 8, 13, 14, 15}},
-        {privateKey(rsaKey("rsa1025")), 1, 129, 129, {3, 7, 9, 10, 11, 13, 14, 16}},
-        {dsaPublic(dsa), 17, 64, 20, {4, 5, 14}},
-        {dsaPrivate(dsa), 17, 64, 20, {10, 11, 14, 16}},
-        {elgamalPublic(elgamal), 20, 64, 64, {2, 3, 4, 5, 14}},
-        {elgamalPrivate(elgamal), 20, 64, 64, {7, 10, 14, 16}},
+        {rsaKey("rsa1025").open(), 1, 129, 129, {2, 3, 4, 5, 6, 8, 13, 14, 15}},
+        {rsaKey("rsa1025").secret(), 1, 129, 129, {3, 7, 9, 10, 11, 13, 14, 16}},
+        {dsa.open(), 17, 64, 20, {4, 5, 14}},
+        {dsa.secret(), 17, 64, 20, {10, 11, 14, 16}},
+        {elgamal.open(), 20, 64, 64, {2, 3, 4, 5, 14}},
+        {elgamal.secret(), 20, 64, 64, {7, 10, 14, 16}},
     };
     const Pool pool(Bytes(1000, 0x31));
     for (const auto& c : classes) {

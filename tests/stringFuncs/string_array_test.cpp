@@ -3,7 +3,6 @@
 
 #include <cstring>
 
-#include "Includes/stringFuncs/diagnostics.h"
 #include "Includes/stringFuncs/long_name.h"
 #include "tests/stringFuncs/text_support.h"
 #include "tests/support/test_heap.h"
@@ -31,27 +30,23 @@ TEST(StringArray, AddsFindsAndRemoves)
 
     const TestHeap heap;
     cStringArrayT array;
-    std::int32_t index = -7;
+    std::int32_t index[4] = {-7, -7, -7, -7};
+    wchar_t* const owned = cStringArrayT::AllocateText(2048);
+    EXPECT_EQ(units(owned, 4096), std::u16string(4096, u'\0'));
+    owned[0] = L'o';
     EXPECT_EQ(array.Add(L"abc"), 1);
-    EXPECT_EQ(array.AddCopy(L"defgh", 3, false, &index), 2);
-    EXPECT_EQ(index, 1);
+    EXPECT_EQ(array.AddCopy(L"defgh", 3, false, &index[0]), 2);
     EXPECT_EQ(array.AddCopy(L"abc"), 3);
     EXPECT_EQ(array.AddCopy(L"x\0secret", 8), 4); // a zero unit ends an item: nothing is kept that no wipe would reach
-    wchar_t* const owned = cStringArrayT::AllocateText(2048);
-    for (int i = 0; i < 4096; ++i) ASSERT_EQ(owned[i], 0) << i;
-    owned[0] = L'o';
-    EXPECT_EQ(array.AddOwned(owned, &index), 5);
-    EXPECT_EQ(array.item(index), owned);
-    EXPECT_EQ(all(array), u"abc|def|abc|x|o");
-
-    EXPECT_EQ(array.Find(L"abc"), 2); // from the last to the first
-    EXPECT_EQ(array.Find(L"abX", 2), 2);
+    EXPECT_EQ(array.AddOwned(owned, &index[1]), 5);
+    EXPECT_EQ(array.item(4), owned);
+    EXPECT_EQ(array.Find(L"abX", 2), 2); // from the last to the first
     EXPECT_EQ(array.Find(L"abcd") + array.Find(L"ABC"), -2);
-    EXPECT_EQ(array.AddUnique(L"ab", -1, &index), 0); // a mere beginning counts as equal
-    EXPECT_EQ(index, 2);
-    EXPECT_EQ(array.AddUnique(L"abcd", 4, &index), 6);
-    EXPECT_EQ(index, 5);
+    EXPECT_EQ(array.AddUnique(L"ab", -1, &index[2]), 0); // a mere beginning counts as equal
+    EXPECT_EQ(array.AddUnique(L"abcd", 4, &index[3]), 6);
+    EXPECT_EQ(std::vector(index, index + 4), (std::vector<std::int32_t>{1, 4, 2, 5}));
     EXPECT_EQ(array.Add(nullptr) + array.AddUnique(nullptr) + array.AddOwned(nullptr), 0);
+    EXPECT_EQ(all(array), u"abc|def|abc|x|o|abcd");
 
     for (const std::int32_t none : {-1, 6, INT32_MIN}) EXPECT_FALSE(array.RemoveAt(none) || array.item(none));
     EXPECT_TRUE(array.RemoveAt(1) && array.RemoveAt(4) && array.RemoveAt(0));
@@ -59,79 +54,66 @@ TEST(StringArray, AddsFindsAndRemoves)
     EXPECT_EQ(heap.secretsReleased(), 3u); // each was zero from end to end
     array.RemoveAll();
     EXPECT_EQ(heap.held(), 0u);
-    EXPECT_EQ(array.Add(L"again"), 1); // for the destructor
+    array.Add(L"again"); // for the destructor
 }
 
 TEST(StringArray, EndsQuotedLists)
 {
-    cStringArrayT array;
-    array.AddCopy(L"\"a\\0b\"tail", 6, true);
-    array.AddCopy(L"x\\0y\"", -1, true);
-    array.AddCopy(L"\\0y\\0z\"", -1, true);
-    EXPECT_EQ(all(array), u"\"a\\0b\\0\"|x\\0y\\0\"|\\0y\\0z\\0\"");
-    // Not one with a separator in front of everything alone, with its end, without a closing quote, without separators.
-    for (const std::u16string same :
-         {u"\\0y\"", u"\"a\\0\"", u"\"a\\0b", u"\"a\\1b\"", u"\\0\"", u"\"\"", u"\"", u""}) {
-        array.AddCopy(wide(same), -1, true);
-        EXPECT_EQ(units(array.item(array.count() - 1)), same);
+    // Not those with a separator only in front of everything, with their end, without a closing quote or separators.
+    std::vector<std::u16string> lists = {u"\\0y\"", u"\"a\\0\"", u"\"a\\0b", u"\"a\\1b\"",
+                                         u"\\0\"",  u"\"\"",     u"\"",      u""};
+    const std::size_t complete = lists.size();
+    // The last is one where only the two units more do not fit the block.
+    for (const std::u16string list : {u"\"a\\0b", u"x\\0y", u"\\0y\\0z"}) lists.push_back(list + u'"');
+    lists.push_back(u"\"a\\0" + std::u16string(2042, u'b') + u'"');
+    for (std::size_t i = 0; i < lists.size(); ++i) {
+        cStringArrayT array;
+        std::u16string list = lists[i];
+        array.AddCopy(wide(list)); // not asked for
+        array.AddCopy(wide(list + u"tail"), static_cast<std::int32_t>(list.size()), true);
+        EXPECT_EQ(units(array.item(0)), list);
+        EXPECT_EQ(units(array.item(1)), i < complete ? list : list.insert(list.size() - 1, u"\\0"));
     }
-    // Where only the two units more do not fit the block; and not when it was not asked for.
-    std::u16string list = u"\"a\\0" + std::u16string(2042, u'b') + u"\"";
-    array.AddCopy(wide(list), -1, true);
-    array.AddCopy(wide(list));
-    EXPECT_EQ(units(array.item(array.count() - 1)), list);
-    EXPECT_EQ(units(array.item(array.count() - 2)), list.insert(list.size() - 1, u"\\0"));
 }
-
-int messages;
 
 TEST(StringArray, IsEmptiedOrKeptWhenMemoryRunsOut)
 {
-    const DebugChannel before = setDebugChannel(
-        [](const wchar_t* message) { messages += units(message) == u"Assertion! Error in memory allocation!"; });
-    {
-        TestHeap heap;
-        cStringArrayT array;
-        std::int32_t index = -7;
-        array.Add(L"a");
-        array.Add(L"b");
-        heap.failAt(2); // the copy is made, the array cannot grow
-        EXPECT_EQ(array.AddUnique(L"secret", -1, &index), 0);
-        EXPECT_EQ(all(array), u"a|b");
-        EXPECT_EQ(index, 2);
-        EXPECT_EQ(heap.secretsReleased(), 1u);
-        wchar_t* const owned = cStringArrayT::AllocateText(1);
-        heap.failAt(1);
-        EXPECT_EQ(array.AddOwned(owned), 0); // still the caller's
-        EXPECT_EQ(array.AddOwned(owned), 3);
-        heap.failAt(1); // no copy
-        EXPECT_EQ(array.Add(L"c"), 0);
-        EXPECT_EQ(array.count(), 0);
-        EXPECT_EQ(heap.held(), 0u);
-        EXPECT_EQ(messages, 3);
-    }
-    setDebugChannel(before);
+    const Recorder recorder;
+    TestHeap heap;
+    cStringArrayT array;
+    std::int32_t index = -7;
+    array.Add(L"a");
+    wchar_t* const owned = cStringArrayT::AllocateText(1);
+    heap.failAt(2); // the copy is made, the array cannot grow
+    EXPECT_EQ(array.AddUnique(L"secret", -1, &index), 0);
+    EXPECT_EQ(all(array), u"a");
+    EXPECT_EQ(index, 1);
+    EXPECT_EQ(heap.secretsReleased(), 1u);
+    heap.failAt(1);
+    EXPECT_EQ(array.AddOwned(owned), 0); // still the caller's
+    EXPECT_EQ(array.AddOwned(owned), 2);
+    heap.failAt(1); // no copy
+    EXPECT_EQ(array.Add(L"c"), 0);
+    EXPECT_EQ(array.count(), 0);
+    EXPECT_EQ(heap.held(), 0u);
+    EXPECT_EQ(Recorder::lines, outOfMemory(3));
 }
 
 TEST(LongName, PrefixesDrivePathsFrom260Units)
 {
-    const auto convert = [](const std::u16string& begin, std::size_t size) {
-        cLongName name;
+    const std::tuple<std::u16string, std::size_t, std::u16string> cases[] = {
+        {u"C:\\", 259, u""},    {u"C:\\", 260, u"\\\\?\\"}, {u"C:\\", 3000, u"\\\\?\\"},
+        {u"\\\\s\\", 300, u""}, {u"C:/", 300, u""},         {u"C", 300, u""},
+        {u"C:", 2, u""}};
+    for (const auto& [begin, size, prefix] : cases) {
         const std::u16string path = begin + std::u16string(size - begin.size(), u'x');
-        const std::u16string converted = units(name.Convert(wide(path)));
-        return converted == path ? u"same" : converted == u"\\\\?\\" + path ? u"long" : converted;
-    };
-    EXPECT_EQ(convert(u"C:\\", 259), u"same");
-    EXPECT_EQ(convert(u"C:\\", 260), u"long");
-    for (const std::u16string begin : {u"\\\\server\\", u"C:/", u"C"}) EXPECT_EQ(convert(begin, 300), u"same");
-    EXPECT_EQ(convert(u"C:", 2), u"same");
-    const std::u16string path = u"C:\\" + std::u16string(3000, u'x');
-    forEachFailingAllocation([&](TestHeap& heap) {
-        cLongName name;
-        const bool converted = name.Convert(wide(path)) != nullptr;
-        EXPECT_NE(converted, heap.failed());
-        EXPECT_EQ(name.Convert(nullptr), nullptr);
-    });
+        forEachFailingAllocation([&](TestHeap& heap) {
+            cLongName name;
+            const std::u16string converted = units(name.Convert(wide(path)));
+            EXPECT_EQ(converted, heap.failed() ? u"" : prefix + path);
+            EXPECT_EQ(name.Convert(nullptr), nullptr);
+        });
+    }
 }
 
 } // namespace

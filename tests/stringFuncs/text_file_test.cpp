@@ -6,8 +6,6 @@
 
 #include <winioctl.h>
 
-#include <cstring>
-
 #include "Includes/stringFuncs/file_view.h"
 #include "tests/stringFuncs/text_support.h"
 #include "tests/support/test_heap.h"
@@ -42,9 +40,8 @@ protected:
         const HANDLE file = open(GENERIC_WRITE, 0, CREATE_ALWAYS);
         DWORD done = 0;
         DeviceIoControl(file, FSCTL_SET_SPARSE, nullptr, 0, nullptr, 0, &done, nullptr);
-        LARGE_INTEGER place;
-        place.QuadPart = static_cast<LONGLONG>(offset);
-        ASSERT_TRUE(SetFilePointerEx(file, place, nullptr, FILE_BEGIN));
+        LONG high = static_cast<LONG>(offset >> 32);
+        SetFilePointer(file, static_cast<LONG>(offset), &high, FILE_BEGIN);
         ASSERT_TRUE(WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &done, nullptr));
         CloseHandle(file);
     }
@@ -61,22 +58,18 @@ protected:
 
 TEST_F(TextFile, LoadsWhatThereIsAndTellsWhatTheSystemSays)
 {
-    const std::pair<std::string, std::u16string> cases[] = {{"", u""},
-                                                            {"\xFF\xFE", u""},
-                                                            {"\xFF\xFE\xE4\0\n"s, u"ä"},
-                                                            {"bad \xFF!", u"bad \uFFFD!"},
-                                                            {std::string(99999, 'x'), std::u16string(99999, u'x')}};
+    const std::pair<std::string, std::u16string> cases[] = {
+        {"", u""}, {"\xFF\xFE\xE4\0\n"s, u"ä"}, {std::string(99999, 'x'), std::u16string(99999, u'x')}};
     for (const auto& [bytes, text] : cases) {
         write(bytes);
         expectLoad(text);
     }
     const HANDLE shared = open(GENERIC_WRITE | DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
-    expectLoad(cases[4].second); // in use, but not locked
+    expectLoad(cases[2].second); // in use, but not locked
     CloseHandle(shared);
     const HANDLE locked = open(GENERIC_READ, 0);
     expectLoad({}, ERROR_SHARING_VIOLATION);
     CloseHandle(locked);
-    write("\xFE\xFF\0s"sv);
     forEachFailingAllocation([&](TestHeap& heap) {
         cWCS text;
         const std::int32_t code = LoadTextFile(text, path_.c_str());
@@ -85,15 +78,15 @@ TEST_F(TextFile, LoadsWhatThereIsAndTellsWhatTheSystemSays)
     EXPECT_TRUE(DeleteFileW(path_.c_str())); // nothing was left open
     expectLoad({}, ERROR_FILE_NOT_FOUND);
 
-    const std::wstring name = path_, part = L"\\" + std::wstring(200, L'p'), long1 = L"\\\\?\\" + name;
-    ASSERT_TRUE(CreateDirectoryW(long1.c_str(), nullptr) && CreateDirectoryW((long1 + part).c_str(), nullptr));
-    expectLoad({}, ERROR_ACCESS_DENIED); // a folder
-    path_ = long1 + part + part;
+    const std::wstring folder = path_ + std::wstring(200, L'p'), name = L"\\" + std::wstring(200, L'p');
+    ASSERT_TRUE(CreateDirectoryW((L"\\\\?\\" + folder).c_str(), nullptr));
+    path_ = L"\\\\?\\" + folder + name;
     write("far");
-    path_ = name + part + part; // the drive-letter form
+    path_ = folder + name; // the drive-letter form
     expectLoad(u"far");
-    EXPECT_TRUE(DeleteFileW((long1 + part + part).c_str()) && RemoveDirectoryW((long1 + part).c_str()) &&
-                RemoveDirectoryW(name.c_str()));
+    path_ = folder;
+    expectLoad({}, ERROR_ACCESS_DENIED);
+    EXPECT_TRUE(DeleteFileW((L"\\\\?\\" + folder + name).c_str()) && RemoveDirectoryW((L"\\\\?\\" + folder).c_str()));
 }
 
 TEST_F(TextFile, KnowsWhatIsTooLarge)
@@ -126,18 +119,18 @@ TEST_F(TextFile, ViewsCoverTwoWindowsAndOverlapByOne)
     ASSERT_TRUE(file.Open(path_.c_str()) && file.Map(1)); // rounded up
     for (const std::uint32_t window : {0, 1, 2, 3}) {
         EXPECT_EQ(file.offset(), window * WINDOW);
-        ASSERT_EQ(file.viewSize(), std::min<std::size_t>(2 * WINDOW, bytes.size() - window * WINDOW));
-        EXPECT_EQ(std::memcmp(file.view(), bytes.data() + window * WINDOW, file.viewSize()), 0);
+        EXPECT_TRUE(std::string_view(reinterpret_cast<const char*>(file.view()), file.viewSize()) ==
+                    std::string_view(bytes).substr(window * WINDOW, 2 * WINDOW));
         EXPECT_EQ(file.MoveOn(), window < 3);
     }
     EXPECT_EQ(file.lastError(), std::uint32_t(ERROR_HANDLE_EOF));
     EXPECT_EQ(file.viewSize(), 100u); // past the end nothing moves
 
     ASSERT_TRUE(file.Open(file.path()) && file.Map(0)); // anew, the whole
-    const std::uint8_t* const view = file.view();
+    const std::uint8_t* const whole = file.view();
     EXPECT_EQ(file.viewSize(), bytes.size());
-    EXPECT_TRUE(file.Map(0) && file.view() == view && !file.MoveOn()); // kept
-    EXPECT_TRUE(file.Map(WINDOW) && file.MoveOn() && file.Map(0));     // the rest from where the windows had come to
+    EXPECT_TRUE(file.Map(0) && file.view() == whole && !file.MoveOn()); // kept
+    EXPECT_TRUE(file.Map(WINDOW) && file.MoveOn() && file.Map(0));      // the rest from where the windows had come to
     EXPECT_EQ(file.viewSize(), bytes.size() - WINDOW);
 
     file.Close();

@@ -1,9 +1,12 @@
-// Texts of 16-bit units in the form that GoogleTest compares and prints; it takes wchar_t for the platform's own.
+// Texts of 16-bit units in the form that GoogleTest compares and prints; it takes wchar_t for the platform's own. And
+// what the library says when something is wrong.
 #pragma once
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
+#include "Includes/stringFuncs/diagnostics.h"
 #include "Includes/stringFuncs/wcs.h"
 
 namespace toolbelt::test {
@@ -22,6 +25,27 @@ inline std::u16string units(const cWCS& text)
 inline const wchar_t* wide(const std::u16string& text)
 {
     return reinterpret_cast<const wchar_t*>(text.c_str());
+}
+
+// Records what goes to the debug channel; both diagnostics are the default ones again afterwards.
+struct Recorder
+{
+    static inline std::vector<std::u16string> lines;
+    Recorder()
+    {
+        lines.clear();
+        setDebugChannel([](const wchar_t* message) { lines.push_back(units(message)); });
+    }
+    ~Recorder()
+    {
+        setDebugChannel(nullptr);
+        setAssertionReport(nullptr);
+    }
+};
+// The lines of so many failed allocations.
+inline std::vector<std::u16string> outOfMemory(std::size_t count)
+{
+    return std::vector<std::u16string>(count, u"Assertion! Error in memory allocation!");
 }
 
 } // namespace toolbelt::test
