@@ -44,16 +44,16 @@ void post(const std::string& url, const std::string& file)
 
 } // namespace
 
-Action preparePost(CLI::App& app)
+Action preparePost(Parser& parser)
 {
     struct Options
     {
         std::string url, file;
     };
     const auto options = std::make_shared<Options>();
-    app.add_option("URL", options->url, "http:// or https://, host, :port, /path")->required()->type_name("");
-    app.add_option("FILE", options->file, "the JSON document, sent as it is")->required()->type_name("");
-    app.footer(
+    parser.option("URL", options->url, "http:// or https://, host, :port, /path").required().value("");
+    parser.option("FILE", options->file, "the JSON document, sent as it is").required().value("");
+    parser.footer(
         "Prints the answer, whatever its HTTP status, byte for byte. An answer that does not tell its length, as a\n"
         "chunked one, is a failure. The first : behind the scheme stands before the port: no user names and no\n"
         "IPv6 addresses. A secure server's authority must be known; its name and dates are not checked.\n\n"

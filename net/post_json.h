@@ -18,9 +18,10 @@ namespace toolbelt {
 inline constexpr std::uint32_t POST_ANSWER_LIMIT = 256u << 20;
 
 // postJson posts the zero-terminated 8-bit text (null: an empty one), the terminator left out, to "/path" of the host.
-// A null path is the root, port 0 the service's own port. The answer replaces what the buffer held, and only when it
-// came whole (0): it has the length that the server announced, so a chunked or an empty one is POST_E_ANSWER. On
-// failure the buffer is untouched, and the calling thread's last error is the one of the call that failed, if one did.
+// A null path is the root, port 0 the service's own port; with a port above 65,535 it ends with POST_E_ANSWER. The
+// answer replaces what the buffer held, and only when it came whole (0): it has the length that the server announced,
+// so one that is chunked, empty or above POST_ANSWER_LIMIT (256 MiB) is POST_E_ANSWER. On failure the buffer is
+// untouched, and the calling thread's last error is the one of the call that failed, if one did.
 [[nodiscard]] TB_API Status postJson(cByteBuffer& answer, const char* body, const wchar_t* host, const wchar_t* path,
                                      std::uint32_t port, std::uint8_t secure) noexcept;
 // The same to a URL (split_url.h); POST_E_URL when it cannot be split.

@@ -46,7 +46,7 @@ bool splitUrl(UrlParts& parts, const wchar_t* url) noexcept
     parts.host = parts.path = nullptr;
     parts.port = 0;
     parts.secure = 0;
-    std::this_thread::yield();
+    std::this_thread::yield(); // on Windows a zero-length sleep
     if (!copied) return false;
 
     wchar_t* rest = parts.text.text();

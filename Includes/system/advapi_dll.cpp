@@ -68,7 +68,7 @@ static_assert(sizeof(required) / sizeof(Binding) + sizeof(optional) / sizeof(Bin
 
 CAdvAPIDll::~CAdvAPIDll()
 {
-    if (binding_.serviceManager && record_.module && !processIsEnding())
+    if (binding_.serviceManager && record_.module == boundModule_ && !processIsEnding())
         asFunction<decltype(&::CloseServiceHandle)>(binding_.functions.closeServiceHandle)(
             static_cast<SC_HANDLE>(binding_.serviceManager));
 }
@@ -91,6 +91,7 @@ bool CAdvAPIDll::bind(const wchar_t* path) noexcept
 bool CAdvAPIDll::bindAll(const wchar_t* path) noexcept
 {
     if (!Load(path)) return false;
+    boundModule_ = record_.module;
     binding_.step = ADVAPI_FIRST_STEP;
     for (const Binding& row : required)
         if (!bindNext(row.name, &(binding_.functions.*row.slot))) return false;

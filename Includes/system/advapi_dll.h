@@ -1,6 +1,10 @@
 // CAdvAPIDll: the security and service functions of "advapi32.dll", bound once, and the handle of the local service
 // control manager. The functions that every supported system has are required; of the others, a null slot means that
-// this system does not have it.
+// this system does not have it: test one before the call.
+//
+// The table is bound to one library. Look other names up through a CDll of your own, and leave CDll's Load and Unload
+// alone: they change the status that bind answers with, and after the latter two the slots point into a library that is
+// gone. The destructor closes the service manager only while the library that was bound is the one that is loaded.
 #pragma once
 
 #include "Includes/system/dll.h"
@@ -57,19 +61,19 @@ struct AdvApiRecord
 inline constexpr std::int32_t ADVAPI_FIRST_STEP = 1000;
 inline constexpr std::int32_t ADVAPI_BOUND = -2;
 
-class TB_API CAdvAPIDll : public CDll
+class CAdvAPIDll : public CDll
 {
 public:
     CAdvAPIDll() noexcept = default;
     ~CAdvAPIDll();
 
     // The process-wide object, not bound yet.
-    static CAdvAPIDll& getStatic() noexcept;
+    TB_API static CAdvAPIDll& getStatic() noexcept;
     // Binds on the first call; later ones only tell whether the status is DLL_DONE. A service manager that cannot be
     // opened is no failure: its handle is null.
-    bool bind(const wchar_t* path = L"advapi32.dll") noexcept;
+    TB_API bool bind(const wchar_t* path = L"advapi32.dll") noexcept;
     // As CDll's; a miss is shown when the library was loaded with a report.
-    bool GetProcAddress(const char* name, void** out) noexcept;
+    TB_API bool GetProcAddress(const char* name, void** out) noexcept;
 
     const AdvApiRecord& binding() const noexcept { return binding_; }
 
@@ -79,6 +83,7 @@ private:
     void openServiceManager() noexcept;
 
     AdvApiRecord binding_;
+    void* boundModule_ = nullptr;
 };
 
 } // namespace toolbelt

@@ -117,6 +117,14 @@ std::uint32_t CDll::getLastError() noexcept
     return record_.status;
 }
 
+void CDll::copyFullPath(wchar_t (&path)[DLL_PATH_UNITS]) const noexcept
+{
+    const TracedEntry entry(record_.lock, L"CDll::copyFullPath");
+    if (!record_.module || !GetModuleFileNameW(static_cast<HMODULE>(record_.module), path, DLL_PATH_UNITS))
+        copyPath(path, record_.path);
+    path[DLL_PATH_UNITS - 1] = 0; // old systems cut without a terminator
+}
+
 bool CDll::GetProcAddress(const char* name, std::int32_t report, void** out) noexcept
 {
     *out = nullptr;

@@ -25,7 +25,7 @@ inline constexpr std::int32_t DLL_PATH_UNITS = 260;
 
 struct DllRecord
 {
-    cTracedLock lock;
+    mutable cTracedLock lock;
     std::int32_t inFlight = 0;        // calls under way; Unload yields once for them
     std::uint8_t callEnvironment = 1; // call the library's InitInstance and UnloadEnvironment
     std::uint32_t status = DLL_NOT_LOADED;
@@ -60,11 +60,15 @@ public:
     // "InitInstance" (cdecl, taking the module handle) has it called. A report other than 0 shows failures in a box.
     bool Load(const wchar_t* path, const char* function = nullptr, std::int32_t report = 0,
               std::int32_t alteredSearchPath = 0) noexcept;
-    // The address found by the last lookup, or null.
+    // The address found by the last lookup, or null. It is kept as it was when a load fails, and unloading leaves it
+    // pointing into the library that is gone: ask only after a load or lookup that succeeded.
     void* getProc() noexcept;
     std::uint32_t getLastError() noexcept; // a DllStatus
-    // *out is null when nothing is found.
+    // The name is a text, not an ordinal; out must not be null, and *out is null when nothing is found.
     bool GetProcAddress(const char* name, std::int32_t report, void** out) noexcept;
+
+    // The loaded library's full path, cut to 259 units; without one, the path that was loaded last, as it was given.
+    void copyFullPath(wchar_t (&path)[DLL_PATH_UNITS]) const noexcept;
 
     const DllRecord& record() const noexcept { return record_; }
 

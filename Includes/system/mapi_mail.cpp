@@ -23,7 +23,7 @@ static_assert(offsetof(MapiMessage, recipients) == offsetof(::MapiMessage, lpRec
 static_assert(offsetof(MapiMessage, files) == offsetof(::MapiMessage, lpFiles));
 static_assert(MAIL_CANCELLED == MAPI_USER_ABORT && MAIL_FAILURE == MAPI_E_FAILURE);
 static_assert(MAIL_LOGON_FAILURE == MAPI_E_LOGON_FAILURE && MAIL_NO_MEMORY == MAPI_E_INSUFFICIENT_MEMORY);
-static_assert(MAIL_BAD_RECIPIENT == MAPI_E_INVALID_RECIPS);
+static_assert(MAIL_BAD_RECIPIENT == MAPI_E_INVALID_RECIPS && MAIL_NO_ATTACHMENT == MAPI_E_ATTACHMENT_NOT_FOUND);
 
 constexpr std::int32_t ADDRESS_BYTES = 1024;
 constexpr std::uint32_t WITHOUT_DIALOGS = 0;
@@ -39,14 +39,30 @@ bool toAnsi(cMBStr& target, const wchar_t* text)
     return target.text() != nullptr;
 }
 
-std::uint32_t sendRecords(const wchar_t* library, void* window, const MapiMessage& message)
+// Whether the text came through the conversion unchanged: MAIL_SENT, MAIL_NO_MEMORY or the given result.
+std::uint32_t demandExact(const cMBStr& ansi, const wchar_t* text, std::uint32_t otherwise)
 {
-    CDll mail(library, "MAPISendMail");
-    const auto send = asFunction<SendMail>(mail.getProc());
+    if (ansi.length() == 0) return !text || *text == 0 ? MAIL_SENT : otherwise;
+    cWCS back;
+    back.AssignMultibyte(ansi.text(), -1, codePageAnsi);
+    const wchar_t* same = back.text();
+    if (!same) return MAIL_NO_MEMORY;
+    while (*same && *same == *text) ++same, ++text;
+    return *same == *text ? MAIL_SENT : otherwise;
+}
+
+std::uint32_t buildAndSend(const wchar_t* library, void* window, const wchar_t* recipient, const wchar_t* subject,
+                           const wchar_t* body, const wchar_t* attachment)
+{
+    CDll dll(library, "MAPISendMail");
+    const auto send = asFunction<SendMail>(dll.getProc());
     if (!send) return MAIL_FAILURE;
+    MapiMail mail;
+    std::uint32_t result = mail.build(recipient, subject, body, attachment);
+    if (result != MAIL_SENT) return result;
     const auto parent = reinterpret_cast<std::uintptr_t>(window);
-    const std::uint32_t result = send(0, parent, &message, WITHOUT_DIALOGS, 0);
-    return result == MAIL_LOGON_FAILURE ? send(0, parent, &message, WITH_DIALOGS, 0) : result;
+    result = send(0, parent, &mail.message(), WITHOUT_DIALOGS, 0);
+    return result == MAIL_LOGON_FAILURE ? send(0, parent, &mail.message(), WITH_DIALOGS, 0) : result;
 }
 
 } // namespace
@@ -58,6 +74,9 @@ std::uint32_t MapiMail::build(const wchar_t* recipient, const wchar_t* subject, 
         !toAnsi(attachment_, attachment) || !address_.Assign("SMTP:") || !address_.Append(name_.text()))
         return MAIL_NO_MEMORY;
     if (address_.length() >= ADDRESS_BYTES) return MAIL_BAD_RECIPIENT;
+    std::uint32_t result = demandExact(name_, recipient, MAIL_BAD_RECIPIENT);
+    if (result == MAIL_SENT) result = demandExact(attachment_, attachment, MAIL_NO_ATTACHMENT);
+    if (result != MAIL_SENT) return result;
     recipient_ = {};
     recipient_.recipientClass = MAPI_TO;
     recipient_.name = name_.text();
@@ -86,7 +105,7 @@ const wchar_t* formatMailError(cWCS& text, std::uint32_t result) noexcept
         {MAIL_FAILURE, L"E_FALURE"},
         {MAIL_LOGON_FAILURE, L"LOGON_FAILURE"},
         {MAPI_E_DISK_FULL, L"DISK_FULL"},
-        {MAPI_E_ATTACHMENT_NOT_FOUND, L"ATTACHMENT_NOT_FOUND"},
+        {MAIL_NO_ATTACHMENT, L"ATTACHMENT_NOT_FOUND"},
     };
     cWCS number;
     const wchar_t* shown = nullptr;
@@ -105,9 +124,7 @@ std::uint32_t SendMapiMail(void* window, const wchar_t* recipient, const wchar_t
 std::uint32_t sendMailThrough(const wchar_t* library, void* window, const wchar_t* recipient, const wchar_t* subject,
                               const wchar_t* body, const wchar_t* attachment) noexcept
 {
-    MapiMail mail;
-    std::uint32_t result = mail.build(recipient, subject, body, attachment);
-    if (result == MAIL_SENT) result = sendRecords(library, window, mail.message());
+    const std::uint32_t result = buildAndSend(library, window, recipient, subject, body, attachment);
     if (result != MAIL_SENT && result != MAIL_CANCELLED) {
         cWCS text;
         showMessage(window, formatMailError(text, result), L"Send e-Mail", MESSAGE_SYSTEM_MODAL | MESSAGE_ICON_STOP);

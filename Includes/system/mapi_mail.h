@@ -14,7 +14,8 @@ inline constexpr std::uint32_t MAIL_CANCELLED = 1; // by the user
 inline constexpr std::uint32_t MAIL_FAILURE = 2;   // also: no mail interface
 inline constexpr std::uint32_t MAIL_LOGON_FAILURE = 3;
 inline constexpr std::uint32_t MAIL_NO_MEMORY = 5;
-inline constexpr std::uint32_t MAIL_BAD_RECIPIENT = 25; // also: an address that is too long
+inline constexpr std::uint32_t MAIL_NO_ATTACHMENT = 11; // also: a path that the ANSI code page cannot express
+inline constexpr std::uint32_t MAIL_BAD_RECIPIENT = 25; // also: an address too long, or not in the ANSI code page
 
 // Sends a mail; null texts are empty, and no file goes with it when the attachment is null or empty. Where nobody is
 // logged on, the mail interface shows its dialogs. Returns its result; but for success and the user's own cancelling, a
@@ -22,8 +23,8 @@ inline constexpr std::uint32_t MAIL_BAD_RECIPIENT = 25; // also: an address that
 TB_API std::uint32_t SendMapiMail(void* window, const wchar_t* recipient, const wchar_t* subject, const wchar_t* body,
                                   const wchar_t* attachment) noexcept;
 // The same through another library than "mapi32.dll".
-TB_API std::uint32_t sendMailThrough(const wchar_t* library, void* window, const wchar_t* recipient,
-                                     const wchar_t* subject, const wchar_t* body, const wchar_t* attachment) noexcept;
+std::uint32_t sendMailThrough(const wchar_t* library, void* window, const wchar_t* recipient, const wchar_t* subject,
+                              const wchar_t* body, const wchar_t* attachment) noexcept;
 
 // The records that the mail interface takes; texts in the ANSI code page.
 struct MapiRecipient
@@ -61,7 +62,7 @@ struct MapiMessage
 };
 
 // One mail as such records, which point into the object.
-class TB_API MapiMail
+class MapiMail
 {
 public:
     MapiMail() noexcept = default;
@@ -69,7 +70,9 @@ public:
     MapiMail& operator=(const MapiMail&) = delete;
 
     // MAIL_SENT, MAIL_NO_MEMORY, or MAIL_BAD_RECIPIENT when "SMTP:" and the address, terminator included, take more
-    // than 1,024 bytes: an address that was cut might be somebody else's.
+    // than 1,024 bytes: an address that was cut might be somebody else's. The same goes for one with characters that
+    // the ANSI code page lacks, and for such a path (MAIL_NO_ATTACHMENT); in subject and body, which are for people,
+    // the system chooses what stands for them.
     std::uint32_t build(const wchar_t* recipient, const wchar_t* subject, const wchar_t* body,
                         const wchar_t* attachment) noexcept;
     const MapiMessage& message() const noexcept { return message_; }
@@ -82,6 +85,6 @@ private:
 };
 
 // The box's text for a result: "E-mail cannot be send (error DISK_FULL)"
-TB_API const wchar_t* formatMailError(cWCS& text, std::uint32_t result) noexcept;
+const wchar_t* formatMailError(cWCS& text, std::uint32_t result) noexcept;
 
 } // namespace toolbelt

@@ -14,7 +14,7 @@ inline constexpr std::uint32_t MESSAGE_TOPMOST = 0x40000;
 inline constexpr std::uint32_t MESSAGE_RIGHT_TO_LEFT = 0x180000; // right alignment and right-to-left reading
 
 // Shows a box and returns the button that closed it; 0 when nothing was shown. Null texts are empty.
-TB_API std::int32_t showMessage(void* window, const wchar_t* text, const wchar_t* title, std::uint32_t flags) noexcept;
+std::int32_t showMessage(void* window, const wchar_t* text, const wchar_t* title, std::uint32_t flags) noexcept;
 
 // As "MessageBoxA": texts in the ANSI code page.
 using MessageBoxFunction = int(__stdcall*)(void* window, const char* text, const char* title, unsigned int flags);

@@ -10,8 +10,6 @@
 namespace toolbelt {
 namespace {
 
-using ModulePath = wchar_t[DLL_PATH_UNITS];
-
 const wchar_t* fileNameOf(const wchar_t* path)
 {
     const wchar_t* name = path;
@@ -20,25 +18,17 @@ const wchar_t* fileNameOf(const wchar_t* path)
     return name;
 }
 
-// A path that is too long for the buffer is cut.
-void readModulePath(ModulePath& path, void* module)
-{
-    const DWORD length = GetModuleFileNameW(static_cast<HMODULE>(module), path, DLL_PATH_UNITS);
-    path[length < DLL_PATH_UNITS ? length : DLL_PATH_UNITS - 1] = 0;
-}
-
 } // namespace
 
 bool requireFunction(const CDll& library, const void* function, const wchar_t* operation,
                      const std::source_location& where) noexcept
 {
     if (function) return true;
-    ModulePath program, loaded;
-    readModulePath(program, nullptr);
-    if (library.record().module) readModulePath(loaded, library.record().module);
+    wchar_t program[DLL_PATH_UNITS], path[DLL_PATH_UNITS];
+    program[GetModuleFileNameW(nullptr, program, DLL_PATH_UNITS - 1)] = 0;
+    library.copyFullPath(path);
     cWCS text;
-    formatMissingFunction(text, library.record().module ? loaded : library.record().path, operation, where.line(),
-                          SystemDescription());
+    formatMissingFunction(text, path, operation, where.line(), SystemDescription());
     showMessage(nullptr, text.text(), fileNameOf(program), missingFunctionFlags());
     return false;
 }

@@ -16,8 +16,8 @@ TB_API bool requireFunction(const CDll& library, const void* function, const wch
                             const std::source_location& where = std::source_location::current()) noexcept;
 
 // The box's text and flags. fullPath is the library's, and its file name opens the text.
-TB_API void formatMissingFunction(cWCS& text, const wchar_t* fullPath, const wchar_t* operation, std::uint32_t line,
-                                  const wchar_t* systemDescription) noexcept;
-TB_API std::uint32_t missingFunctionFlags() noexcept;
+void formatMissingFunction(cWCS& text, const wchar_t* fullPath, const wchar_t* operation, std::uint32_t line,
+                           const wchar_t* systemDescription) noexcept;
+std::uint32_t missingFunctionFlags() noexcept;
 
 } // namespace toolbelt

@@ -43,16 +43,20 @@ int bytesAnnounced(int first)
 
 bool PercentEncode(const wchar_t* text, cWCS& target) noexcept
 {
-    if (!text) return true;
+    std::int64_t length = 0;
+    for (const wchar_t* from = text; from && *from; ++from) length += isPlain(*from) ? 1 : 3;
     cWCS escaped; // first, as the text may lie in the target
-    for (; *text; ++text) {
-        const wchar_t escape[3] = {L'%', DIGITS[*text >> 4 & 15], DIGITS[*text & 15]};
-        if (isPlain(*text))
-            escaped.Append(text, 1);
-        else
-            escaped.Append(escape, 3);
+    if (length == 0 || length > INT32_MAX || !escaped.SetLength(static_cast<std::int32_t>(length))) return true;
+    for (wchar_t* to = escaped.text(); *text; ++text) {
+        if (isPlain(*text)) {
+            *to++ = *text;
+        } else {
+            *to++ = L'%';
+            *to++ = DIGITS[*text >> 4 & 15];
+            *to++ = DIGITS[*text & 15];
+        }
     }
-    if (escaped.text()) target.Append(escaped.text(), escaped.length());
+    target.Append(escaped.text(), escaped.length());
     return true;
 }
 
@@ -78,7 +82,9 @@ void percentDecode(cWCS& text) noexcept
         }
         std::int32_t written = 0;
         if (count == announced && count > 1) written = multibyteToWide(codePageUtf8, bytes, count, units, 2);
-        const bool isCharacter = written == 1 ? units[0] != REPLACEMENT : written == 2 && (units[0] & 0xF800) == 0xD800;
+        const bool isWanted = first == 0xEF && bytes[1] == '\xBF' && bytes[2] == '\xBD'; // escaped itself
+        const bool isCharacter =
+            written == 1 ? units[0] != REPLACEMENT || isWanted : written == 2 && (units[0] & 0xF800) == 0xD800;
         if (isCharacter) {
             for (std::int32_t i = 0; i < written; ++i) *to++ = units[i];
             from += 3 * count;

@@ -22,12 +22,14 @@ UINT start(const wchar_t* program, wchar_t* line)
 }
 
 // The system's own folders alone: into others, and into the current one, anybody may have put a program.
-bool listFolders(cWCS& folders)
+std::uint32_t listFolders(cWCS& folders)
 {
     wchar_t system[MAX_PATH];
     const UINT length = GetSystemDirectoryW(system, MAX_PATH);
-    if (length == 0 || length >= MAX_PATH) return false;
-    return folders.Assign(system) && folders.Append(L"\\WindowsPowerShell\\v1.0;") && folders.Append(system);
+    if (length == 0 || length >= MAX_PATH) return ERROR_FILE_NOT_FOUND;
+    const bool whole =
+        folders.Assign(system) && folders.Append(L"\\WindowsPowerShell\\v1.0;") && folders.Append(system);
+    return whole ? 0 : ERROR_NOT_ENOUGH_MEMORY;
 }
 
 } // namespace
@@ -43,14 +45,13 @@ wchar_t* formatPowerShellLine(cWCS& line, const wchar_t* program, const wchar_t*
 std::uint32_t RunPowerShell(const wchar_t* command) noexcept
 {
     cWCS folders;
-    if (!listFolders(folders)) return ERROR_NOT_ENOUGH_MEMORY;
-    return runPowerShellFrom(folders.text(), command);
+    const std::uint32_t error = listFolders(folders);
+    return error ? error : runPowerShellFrom(folders.text(), command);
 }
 
 std::uint32_t runPowerShellFrom(const wchar_t* folders, const wchar_t* command) noexcept
 {
     wchar_t program[MAX_PATH];
-    if (!folders) return ERROR_FILE_NOT_FOUND; // the system would search the current folder too
     const DWORD length = SearchPathW(folders, L"powershell.exe", nullptr, MAX_PATH, program, nullptr);
     if (length == 0 || length >= MAX_PATH) return ERROR_FILE_NOT_FOUND;
     if (!command || !*command) return 0;

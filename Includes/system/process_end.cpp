@@ -10,9 +10,9 @@ namespace toolbelt {
 bool processIsEnding() noexcept
 {
     // Always loaded, so it need not be held. The export came after Windows 2000.
-    const HMODULE kernel = GetModuleHandleW(L"ntdll.dll");
+    const HMODULE loader = GetModuleHandleW(L"ntdll.dll");
     void* const address =
-        kernel ? reinterpret_cast<void*>(::GetProcAddress(kernel, "RtlDllShutdownInProgress")) : nullptr;
+        loader ? reinterpret_cast<void*>(::GetProcAddress(loader, "RtlDllShutdownInProgress")) : nullptr;
     return address && asFunction<BOOLEAN(WINAPI*)()>(address)();
 }
 

@@ -22,8 +22,8 @@ struct ResourceLibrary
 // before.
 TB_API const ResourceLibrary* setResourceLibrary(const ResourceLibrary* library) noexcept;
 // Null unless one is set and loaded.
-TB_API const ResourceLibrary* loadedResourceLibrary() noexcept;
+const ResourceLibrary* loadedResourceLibrary() noexcept;
 // Whether one is loaded and its language is written from right to left.
-TB_API bool isRightToLeft() noexcept;
+bool isRightToLeft() noexcept;
 
 } // namespace toolbelt

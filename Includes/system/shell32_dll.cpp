@@ -75,26 +75,42 @@ cShell32Dll& cShell32Dll::getStatic() noexcept
 bool cShell32Dll::getDocumentsFolder(wchar_t (&path)[DLL_PATH_UNITS]) noexcept
 {
     constexpr wchar_t OPERATION[] = L"cShell32Dll::getDocumentsFolder";
-    const TracedEntry entry(record_.lock, OPERATION);
-    if (functions_.getSpecialFolderPathW)
-        return asFunction<decltype(&::SHGetSpecialFolderPathW)>(functions_.getSpecialFolderPathW)(
-                   nullptr, path, DOCUMENTS, FALSE) != 0;
-    if (!requireFunction(*this, functions_.getSpecialFolderLocation, OPERATION)) return false;
+    FolderSearch search;
+    {
+        const TracedEntry entry(record_.lock, OPERATION);
+        search = findDocumentsFolder(path);
+    }
+    if (search.missing.line() != 0) return requireFunction(*this, nullptr, OPERATION, search.missing);
+    return search.done || (search.hasNoList && buildProfilePath(path));
+}
+
+cShell32Dll::FolderSearch cShell32Dll::findDocumentsFolder(wchar_t (&path)[DLL_PATH_UNITS]) noexcept
+{
+    FolderSearch search;
+    const auto isThere = [&](const void* function, std::source_location where = std::source_location::current()) {
+        if (!function) search.missing = where;
+        return function != nullptr;
+    };
+    if (functions_.getSpecialFolderPathW) {
+        search.done = asFunction<decltype(&::SHGetSpecialFolderPathW)>(functions_.getSpecialFolderPathW)(
+                          nullptr, path, DOCUMENTS, FALSE) != 0;
+        return search;
+    }
+    if (!isThere(functions_.getSpecialFolderLocation)) return search;
     PIDLIST_ABSOLUTE items = nullptr;
     const HRESULT found = asFunction<decltype(&::SHGetSpecialFolderLocation)>(functions_.getSpecialFolderLocation)(
         nullptr, DOCUMENTS, &items);
-    if (FAILED(found) || !items) return buildProfilePath(path);
-    bool done = false;
-    if (requireFunction(*this, functions_.getPathFromIdListW, OPERATION))
-        done = asFunction<decltype(&::SHGetPathFromIDListW)>(functions_.getPathFromIdListW)(items, path) != 0;
+    search.hasNoList = FAILED(found) || !items;
+    if (search.hasNoList) return search;
+    if (isThere(functions_.getPathFromIdListW))
+        search.done = asFunction<decltype(&::SHGetPathFromIDListW)>(functions_.getPathFromIdListW)(items, path) != 0;
     IMalloc* allocator = nullptr;
-    if (!requireFunction(*this, functions_.getMalloc, OPERATION))
-        done = false;
-    else if (SUCCEEDED(asFunction<decltype(&::SHGetMalloc)>(functions_.getMalloc)(&allocator)) && allocator) {
+    if (isThere(functions_.getMalloc) &&
+        SUCCEEDED(asFunction<decltype(&::SHGetMalloc)>(functions_.getMalloc)(&allocator)) && allocator) {
         allocator->Free(items);
         allocator->Release();
     }
-    return done;
+    return search;
 }
 
 } // namespace toolbelt

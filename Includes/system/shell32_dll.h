@@ -26,20 +26,29 @@ struct ShellFunctions
     void* getFileInfo;
 };
 
-class TB_API cShell32Dll : public CDll
+class cShell32Dll : public CDll
 {
 public:
     // Loads the library and binds what it has.
     explicit cShell32Dll(const wchar_t* path = L"shell32.dll") noexcept;
 
     // The process-wide object.
-    static cShell32Dll& getStatic() noexcept;
-    // The user's documents folder, without a backslash at its end. On failure the path is not to be used.
-    bool getDocumentsFolder(wchar_t (&path)[DLL_PATH_UNITS]) noexcept;
+    TB_API static cShell32Dll& getStatic() noexcept;
+    // The user's documents folder, without a backslash at its end. On failure the path is not to be used; a box has
+    // told of a function that this system does not have.
+    TB_API bool getDocumentsFolder(wchar_t (&path)[DLL_PATH_UNITS]) noexcept;
 
     const ShellFunctions& functions() const noexcept { return functions_; }
 
 private:
+    struct FolderSearch
+    {
+        bool done = false;
+        bool hasNoList = false;       // the system does not know the folder
+        std::source_location missing; // where a function that it needs is not there; line 0: nowhere
+    };
+    FolderSearch findDocumentsFolder(wchar_t (&path)[DLL_PATH_UNITS]) noexcept;
+
     ShellFunctions functions_ = {};
 };
 

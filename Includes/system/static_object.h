@@ -1,5 +1,6 @@
 // cStaticObjectCS<T>: the one process-wide T, built on first use and destroyed when the process ends, such objects in
-// the reverse order of their building. Threads that come first at the same time get one object, complete.
+// the reverse order of their building. Threads that come first at the same time get one object, complete. The object is
+// one of the module that the code is built into: a program that instantiates the template has its own beside the DLL's.
 #pragma once
 
 #include "Includes/stringFuncs/mbstr.h"

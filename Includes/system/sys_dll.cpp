@@ -34,9 +34,9 @@ bool CSysDll::Load(const wchar_t* path, const char* function, std::int32_t repor
         const TracedEntry entry(record_.lock, L"CDll::Load");
         if (record_.module) return true;
         result = load(path, function, report, alteredSearchPath);
+        version_ = {}; // an earlier library's
         if (result.done)
             if (void* const getVersion = lookUp("DllGetVersion")) {
-                version_ = {};
                 version_.size = sizeof(version_);
                 asFunction<HRESULT(WINAPI*)(DllVersionRecord*)>(getVersion)(&version_);
                 told = true;

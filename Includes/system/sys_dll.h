@@ -29,6 +29,7 @@ public:
     virtual bool Load(const wchar_t* path, const char* function = nullptr, std::int32_t report = 0,
                       std::int32_t alteredSearchPath = 0) noexcept;
 
+    // All zeros when the library does not tell.
     const DllVersionRecord& version() const noexcept { return version_; }
 
 private:

@@ -12,6 +12,6 @@ namespace toolbelt {
 TB_API const wchar_t* SystemDescription() noexcept;
 
 // That line for a version record: the platform in hexadecimal, a blank at the end.
-TB_API const wchar_t* describeSystem(cWCS& text, const VersionRecord& version) noexcept;
+const wchar_t* describeSystem(cWCS& text, const VersionRecord& version) noexcept;
 
 } // namespace toolbelt

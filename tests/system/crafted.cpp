@@ -1,13 +1,21 @@
 // A library in the place of a system's: it exports every name that is bound anywhere. What is called tells the test
-// program, which also decides the answer (its function craftedCalled).
+// program, which also decides the answer (its function craftedCalled). The system's headers are left out: they declare
+// the same names.
 #include <cstdint>
-#include <initializer_list>
-
-#include "tests/system/crafted_events.h"
 
 extern "C" {
 
-__declspec(dllexport) void InitInstance(void* module)
+__declspec(dllimport) void* __stdcall GetModuleHandleW(const wchar_t*);
+__declspec(dllimport) void* __stdcall GetProcAddress(void*, const char*);
+
+static std::intptr_t tell(const char* what, std::uintptr_t argument = 0)
+{
+    using Called = std::intptr_t(__cdecl*)(const char*, std::uintptr_t);
+    void* const called = GetProcAddress(GetModuleHandleW(nullptr), "craftedCalled");
+    return called ? reinterpret_cast<Called>(called)(what, argument) : 0;
+}
+
+__declspec(dllexport) void InitInstance(std::uintptr_t module)
 {
     tell("InitInstance", module);
 }
@@ -20,44 +28,44 @@ __declspec(dllexport) void UnloadEnvironment()
 __declspec(dllexport) long __stdcall DllGetVersion(std::uint32_t* record)
 {
     for (std::uint32_t i = 1; i < 5; ++i) record[i] = record[i] == 0 ? 10 * i : 0; // a cleared record is expected
-    return static_cast<long>(tell("DllGetVersion", reinterpret_cast<void*>(record[0])));
+    return tell("DllGetVersion", record[0]);
 }
 
-__declspec(dllexport) void* __stdcall OpenSCManagerA(const char* machine, const char* database, std::uint32_t access)
+__declspec(dllexport) std::intptr_t
+    __stdcall OpenSCManagerA(const char* machine, const char* database, std::uint32_t access)
 {
-    return reinterpret_cast<void*>(tell(machine || database ? "foreign manager" : "OpenSCManagerA", access));
+    return tell(machine || database ? "foreign manager" : "OpenSCManagerA", access);
 }
 
-__declspec(dllexport) int __stdcall CloseServiceHandle(void* handle)
+__declspec(dllexport) int __stdcall CloseServiceHandle(std::uintptr_t handle)
 {
     return tell("CloseServiceHandle", handle) != 0;
 }
 
 // The shell: an answer above 0 is success, and paths are "X:\" with the operation's name behind it.
-static int givePath(wchar_t* path, const char* operation, std::intptr_t answer)
+static int givePath(wchar_t* path, const wchar_t* text, std::intptr_t answer)
 {
-    const char* const prefix = "X:\\";
-    for (const char* text : {prefix, operation})
-        for (; *text; ++text) *path++ = static_cast<wchar_t>(*text);
-    *path = 0;
+    while ((*path++ = *text++)) {
+    }
     return static_cast<int>(answer);
 }
 
 __declspec(dllexport) int __stdcall SHGetSpecialFolderPathW(void*, wchar_t* path, int folder, int create)
 {
-    return givePath(path, "direct", tell("SHGetSpecialFolderPathW", folder + 1000 * create));
+    return givePath(path, L"X:\\direct",
+                    tell("SHGetSpecialFolderPathW", static_cast<std::uintptr_t>(folder + 1000 * create)));
 }
 
-__declspec(dllexport) long __stdcall SHGetSpecialFolderLocation(void*, int folder, void** items)
+__declspec(dllexport) long __stdcall SHGetSpecialFolderLocation(void*, std::uintptr_t folder, void** items)
 {
     static char list;
     *items = &list;
-    return tell("SHGetSpecialFolderLocation", folder) > 0 ? 0 : static_cast<long>(0x80004005);
+    return tell("SHGetSpecialFolderLocation", folder) > 0 ? 0 : -1;
 }
 
 __declspec(dllexport) int __stdcall SHGetPathFromIDListW(const void*, wchar_t* path)
 {
-    return givePath(path, "list", tell("SHGetPathFromIDListW"));
+    return givePath(path, L"X:\\list", tell("SHGetPathFromIDListW"));
 }
 
 __declspec(dllexport) int __stdcall IsWow64Process(void*, int* answer)
@@ -66,35 +74,29 @@ __declspec(dllexport) int __stdcall IsWow64Process(void*, int* answer)
     return static_cast<int>(tell("IsWow64Process"));
 }
 
-struct Message
+// The mail's record, and those that it points to, as 32-bit words.
+__declspec(dllexport) std::uint32_t
+    __stdcall MAPISendMail(std::uintptr_t session, std::uintptr_t window, const std::uintptr_t* mail,
+                           std::uint32_t flags, std::uint32_t)
 {
-    std::uint32_t reserved;
-    const char *subject, *text, *type, *received, *conversation;
-    std::uint32_t flags;
-    void* originator;
-    std::uint32_t recipientCount;
-    const struct
-    {
-        std::uint32_t reserved, recipientClass;
-        const char *name, *address;
-    } * recipients;
-    std::uint32_t fileCount;
-    const struct
-    {
-        std::uint32_t reserved, flags, position;
-        const char* path;
-    } * files;
-};
-
-__declspec(dllexport) std::uint32_t __stdcall MAPISendMail(std::uintptr_t session, std::uintptr_t window,
-                                                           const Message* mail, std::uint32_t flags, std::uint32_t)
-{
-    tell(mail->recipients[0].address, mail->recipients[0].recipientClass + 10 * mail->recipientCount);
-    tell(mail->subject, session);
-    tell(mail->text, window);
-    tell(mail->fileCount ? mail->files[0].path : "no file", mail->fileCount);
+    const auto text = [](std::uintptr_t word) { return reinterpret_cast<const char*>(word); };
+    const auto* const recipient = reinterpret_cast<const std::uintptr_t*>(mail[9]);
+    tell(text(recipient[3]), recipient[1] + 10 * mail[8]);
+    tell(text(mail[1]), session);
+    tell(text(mail[2]), window);
+    tell(mail[10] ? text(reinterpret_cast<const std::uintptr_t*>(mail[11])[3]) : "no file", mail[10]);
     return static_cast<std::uint32_t>(tell("MAPISendMail", flags));
 }
+
+// Those that the tests bind but never call: a name and an address of its own is all that binding can tell.
+__declspec(dllexport) char CreateServiceA, StartServiceA, OpenServiceA, SetEntriesInAclA, AllocateAndInitializeSid,
+    InitializeSecurityDescriptor, SetSecurityDescriptorDacl, DeleteServiceA, DeleteService, ControlServiceA,
+    ControlService, QueryServiceStatus, OpenSCManagerW, CreateServiceW, StartServiceW, OpenServiceW, SetEntriesInAclW,
+    RegDeleteKeyExA, RegDeleteKeyExW, RevertToSelf, LookupPrivilegeValueA, LookupPrivilegeValue, LookupPrivilegeValueW,
+    LogonUserW, LogonUserA, ImpersonateNamedPipeClient, ImpersonateLoggedOnUser, CreateProcessWithLogonW,
+    QueryServiceConfigW, ChangeServiceConfigW, OpenProcessToken, GetTokenInformation, LogonUserExW;
+__declspec(dllexport) char SHGetSpecialFolderPathA, SHBrowseForFolder, SHGetPathFromIDList, FindExecutableA,
+    ExtractIconW, ExtractIconA, ExtractIconExW, ExtractIconExA, SHGetFileInfoA, SHGetFileInfo;
 }
 
 // The shell's allocator, of which Free and Release are used.

@@ -10,8 +10,6 @@
 namespace toolbelt::test {
 namespace {
 
-using Strings = std::vector<std::string>;
-
 struct OpenDll : CDll
 {
     using CDll::CDll;
@@ -20,10 +18,13 @@ struct OpenDll : CDll
 
 CDll* watched;
 const wchar_t* heldBy;
+std::uint32_t statusThen;
 
+// From within a function of the library: who holds the lock, and the status.
 void noteHolder()
 {
     heldBy = watched->record().lock.holderOperation;
+    statusThen = watched->record().status;
 }
 
 int yields;
@@ -44,9 +45,10 @@ TEST(Dll, StatusesLockNamesAndCallsOnEveryPath)
     EXPECT_EQ(dll.getLastError(), 1u);
 
     watched = &dll;
-    calls.during("InitInstance", noteHolder);
+    calls.actions["InitInstance"] = noteHolder;
     EXPECT_TRUE(dll.Load(crafted().c_str()));
     EXPECT_STREQ(heldBy, L"CDll::Load");
+    EXPECT_EQ(statusThen, 4u);
     EXPECT_EQ(dll.getLastError(), 0u);
     EXPECT_EQ(dll.record().path, crafted());
     const std::string module = std::to_string(reinterpret_cast<std::uintptr_t>(dll.record().module));
@@ -57,26 +59,22 @@ TEST(Dll, StatusesLockNamesAndCallsOnEveryPath)
     EXPECT_TRUE(dll.GetProcAddress("LogonUserW", 0, &found));
     EXPECT_EQ(dll.getLastError(), 0u);
     EXPECT_TRUE(found && found == dll.getProc());
-    calls.during("UnloadEnvironment", noteHolder);
+    calls.actions["UnloadEnvironment"] = noteHolder;
     dll.Unload();
     EXPECT_STREQ(heldBy, L"CDll::Unload");
+    EXPECT_EQ(statusThen, 0u); // of the lookup
     EXPECT_EQ(dll.getLastError(), 3u);
     EXPECT_EQ(calls.take(), Strings{"UnloadEnvironment(0)"});
     EXPECT_EQ(GetModuleHandleW(L"crafted.dll"), nullptr);
 
-    EXPECT_FALSE(dll.Load(crafted().c_str(), "NoSuchFunction"));
-    EXPECT_EQ(dll.getLastError(), 2u);
-    EXPECT_NE(dll.record().module, nullptr);
-    EXPECT_FALSE(dll.Load(L"no such library.dll")); // releases the other one first
+    EXPECT_TRUE(dll.Load(crafted().c_str(), "LogonUserW"));
+    EXPECT_FALSE(dll.Load(nullptr)); // releases the other one first
     EXPECT_EQ(dll.getLastError(), 1u);
     EXPECT_EQ(GetModuleHandleW(L"crafted.dll"), nullptr);
-    EXPECT_FALSE(dll.Load(nullptr));
-    EXPECT_EQ(CDll(L"no such library.dll").getLastError(), 1u);
-    EXPECT_EQ(CDll(crafted().c_str(), "LogonUserW").getLastError(), 0u);
     calls.take();
-    {
-        const CDll plain(craftedWithout({"InitInstance", "UnloadEnvironment"}).c_str());
-    }
+    EXPECT_TRUE(dll.Load(craftedWithout({"InitInstance", "UnloadEnvironment"}).c_str()));
+    dll.Unload();
+    EXPECT_EQ(dll.getLastError(), 3u);
     EXPECT_EQ(calls.take(), Strings{});
 }
 
@@ -94,6 +92,8 @@ TEST(Dll, EveryOperationWritesItsNameIntoTheLock)
         EXPECT_EQ(lock.depth, 1);
         return std::wstring(lock.holderOperation);
     };
+    wchar_t path[DLL_PATH_UNITS];
+    EXPECT_EQ(nameOf([&] { dll.copyFullPath(path); }), L"CDll::copyFullPath");
     EXPECT_EQ(nameOf([&] { dll.getProc(); }), L"CDll::getProc");
     EXPECT_EQ(nameOf([&] { dll.getLastError(); }), L"CDll::getLastError");
     EXPECT_EQ(nameOf([&] { dll.GetProcAddress("LogonUserW", 0, &found); }), L"CDll::GetProcAddress");
@@ -121,10 +121,12 @@ TEST(Dll, ReportsFailuresInBoxes)
     for (const std::int32_t report : {0, 1, 2, -1}) {
         SCOPED_TRACE(report);
         CDll dll(L"no such library.dll", "NoSuchFunction", report);
+        EXPECT_EQ(dll.getLastError(), 1u);
         EXPECT_EQ(dll.record().report, report == 1);
         const Box box = {0, "Can not load module no such library.dll\nerr - 126", "Error", 0x10};
         EXPECT_EQ(boxes.take(), report ? std::vector<Box>{box} : std::vector<Box>{});
         EXPECT_FALSE(dll.Load(crafted().c_str(), "NoSuchFunction", report));
+        EXPECT_TRUE(dll.getLastError() == 2 && dll.record().module);
         EXPECT_EQ(boxes.take(), report ? std::vector<Box>{missing} : std::vector<Box>{});
         EXPECT_FALSE(dll.GetProcAddress("NoSuchFunction", !report, &found));
         EXPECT_EQ(boxes.take(), report ? std::vector<Box>{} : std::vector<Box>{missing});
@@ -168,26 +170,25 @@ TEST(Dll, ThousandLoadsLeaveNoHandle)
 TEST(Dll, ThreadsShareOneWrapper)
 {
     Calls calls;
-    CDll dll;
+    CDll dll, keeper(crafted().c_str(), "LogonUserA"); // so that the one right address stays
     std::vector<std::thread> threads;
     for (int i = 0; i < 8; ++i)
-        threads.emplace_back([&dll, i] {
+        threads.emplace_back([&dll, i, right = keeper.getProc()] {
             for (int turn = 0; turn < 60; ++turn) {
                 void* found = nullptr;
                 if ((turn + i) % 3 == 0) dll.Load(crafted().c_str(), "LogonUserW");
-                const bool isFound = dll.GetProcAddress("LogonUserA", 0, &found);
-                EXPECT_EQ(isFound, found != nullptr);
+                EXPECT_EQ(dll.GetProcAddress("LogonUserA", 0, &found) ? right : nullptr, found);
                 if ((turn + i) % 3 == 1) dll.Unload();
                 EXPECT_LE(dll.getLastError(), 3u); // 4 is seen only by whoever loads
             }
         });
     for (std::thread& thread : threads) thread.join();
     dll.Unload();
+    keeper.Unload();
     EXPECT_EQ(calls.count("InitInstance"), calls.count("UnloadEnvironment"));
-    EXPECT_GT(calls.count("InitInstance"), 0u);
+    EXPECT_GT(calls.count("InitInstance"), 1u);
     EXPECT_EQ(GetModuleHandleW(L"crafted.dll"), nullptr);
     EXPECT_EQ(dll.record().lock.depth, 0);
-    EXPECT_EQ(dll.record().lock.holderOperation, nullptr);
 }
 
 TEST(SysDll, ReadsTheVersionAndStaysLoadedUnlessReleaseIsPermitted)
@@ -195,10 +196,12 @@ TEST(SysDll, ReadsTheVersionAndStaysLoadedUnlessReleaseIsPermitted)
     Calls calls;
     {
         CSysDll dll;
-        CDll& base = dll;
+        CDll& base = *(watched = &dll);
+        calls.actions["DllGetVersion"] = noteHolder;
         EXPECT_TRUE(dll.Load(crafted().c_str()));
         EXPECT_TRUE(dll.Load(L"no such library.dll")); // one is loaded already
         EXPECT_EQ(calls.take().back(), "DllGetVersion(20)");
+        EXPECT_STREQ(heldBy, L"CDll::Load");
         EXPECT_EQ(dll.version().major, 10u);
         EXPECT_EQ(dll.version().platform, 40u);
         base.Unload();
@@ -207,18 +210,16 @@ TEST(SysDll, ReadsTheVersionAndStaysLoadedUnlessReleaseIsPermitted)
         base.Unload();
         EXPECT_EQ(dll.getLastError(), 3u);
         EXPECT_EQ(GetModuleHandleW(L"crafted.dll"), nullptr);
+        EXPECT_FALSE(dll.Load(craftedWithout({"DllGetVersion"}).c_str()));
+        EXPECT_EQ(dll.getLastError(), 2u);
+        EXPECT_EQ(dll.version().size + dll.version().major, 0u); // not the earlier library's
+        base.Unload();
         EXPECT_TRUE(dll.Load(crafted().c_str()));
         EXPECT_TRUE(setReleaseSystemLibraries(false));
     }
     const HMODULE kept = GetModuleHandleW(L"crafted.dll");
     ASSERT_NE(kept, nullptr); // also when the object is gone
     FreeLibrary(kept);
-
-    CSysDll silent;
-    EXPECT_FALSE(silent.Load(craftedWithout({"DllGetVersion"}).c_str()));
-    EXPECT_NE(silent.record().module, nullptr);
-    EXPECT_EQ(silent.getLastError(), 2u);
-    FreeLibrary(static_cast<HMODULE>(silent.record().module)); // so that its file can be deleted
 }
 
 } // namespace

@@ -1,5 +1,6 @@
-// Builds process-wide objects and prints the order of their building and destruction.
-#include <windows.h>
+// Builds process-wide objects and prints the order of their building and destruction, and what the two tables call in
+// the crafted library.
+#include <cstdio>
 
 #include "Includes/system/advapi_dll.h"
 #include "Includes/system/shell32_dll.h"
@@ -10,39 +11,39 @@ namespace {
 
 using namespace toolbelt;
 
-void print(char letter)
-{
-    DWORD written = 0;
-    WriteFile(GetStdHandle(STD_OUTPUT_HANDLE), &letter, 1, &written, nullptr);
-}
-
 template <char LETTER>
 struct Told
 {
-    Told() { print(LETTER); }
+    Told() { std::putchar(LETTER); }
     ~Told()
     {
         const cTracedLock& lock = cStaticObjectCS<Told>::lock();
-        print(lock.readiness == LOCK_READY && lock.closing == 0 ? static_cast<char>(LETTER + 'a' - 'A') : '!');
+        std::putchar(lock.readiness == LOCK_READY && lock.closing == 0 ? static_cast<char>(LETTER + 'a' - 'A') : '!');
     }
 };
 
-struct Nested : Told<'C'>
+struct Nested : Told<'R'>
 {
-    Nested() { cStaticObjectCS<Told<'D'>>::getStatic(); }
+    Nested() { cStaticObjectCS<Told<'S'>>::getStatic(); }
 };
 
 } // namespace
 
+extern "C" __declspec(dllexport) std::intptr_t craftedCalled(const char* what, std::uintptr_t)
+{
+    std::putchar(what[0]);
+    return 1;
+}
+
 int main()
 {
-    cStaticObjectCS<Told<'A'>>::getStatic();
-    CAdvAPIDll::getStatic().bind();
-    cStaticObjectCS<Told<'B'>>::getStatic();
-    cShell32Dll::getStatic();
+    cStaticObjectCS<Told<'P'>>::getStatic();
+    CAdvAPIDll::getStatic().bind(L"crafted.dll");
+    cStaticObjectCS<Told<'Q'>>::getStatic();
+    cShell32Dll::getStatic().Load(L"crafted.dll");
     cStaticObjectCS<Nested>::getStatic();
-    cStaticObjectCS<Told<'A'>>::getStatic();
+    cStaticObjectCS<Told<'P'>>::getStatic();
     cStaticObjectCS<cMBStr>::getStatic().Assign("text");
-    print(SystemDescription()[0] == L'O' ? '.' : '!');
+    std::putchar(SystemDescription()[0] == L'O' ? '.' : '!');
     return 0;
 }

@@ -1,4 +1,4 @@
-// What the tests of this folder share: the crafted library and what it tells, recorded boxes, handles, other programs.
+// What the tests of this folder share: the crafted library and what it tells, recorded boxes.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -7,31 +7,39 @@
 #include <initializer_list>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace toolbelt::test {
+
+using Strings = std::vector<std::string>;
 
 // The folder of the test program, with a backslash at the end.
 std::wstring programFolder();
 // A file in the system's folder for temporary files.
 std::wstring temporaryFile(const std::wstring& name);
+// As far as it can be read by now.
+std::string readFile(const std::wstring& path);
+
+// Handles that are open in this process.
+int openHandles();
 
 // The crafted library; a copy of it in which these names are not exported.
 std::wstring crafted();
 std::wstring craftedWithout(std::initializer_list<std::string> names);
 
 // Calls of the crafted library while one of these lives, "NAME(ARGUMENT)" each, the argument in decimal; functions
-// answer 1 unless told otherwise.
-class Calls
+// answer 1 unless told otherwise. At its end the copies made of the library are deleted.
+struct Calls
 {
-public:
     Calls();
     ~Calls();
-    std::vector<std::string> take();
-    void answer(const std::string& name, std::intptr_t answer);
-    // Called within the library's function of that name.
-    void during(const std::string& name, void (*action)());
-    std::uint32_t count(const std::string& name) const;
+    Strings take() { return std::exchange(seen, {}); }
+    std::uint32_t count(const std::string& name) const; // among those not taken
+
+    Strings seen;
+    std::map<std::string, std::intptr_t> answers;
+    std::map<std::string, void (*)()> actions; // done within the library's function
 };
 
 struct Box
@@ -43,28 +51,11 @@ struct Box
 };
 
 // While one lives, boxes are recorded in place of being shown.
-class Boxes
+struct Boxes
 {
-public:
     Boxes();
     ~Boxes();
     std::vector<Box> take();
-};
-
-// Handles that are open in this process, counted one by one.
-int openHandles();
-
-// A program's standard output, once it has ended.
-std::string outputOf(const std::wstring& program);
-// What the witness program writes, within some seconds; the file is named in the environment until then.
-class Witness
-{
-public:
-    Witness();
-    std::wstring waitForLine();
-
-private:
-    std::wstring path_;
 };
 
 } // namespace toolbelt::test

@@ -1,20 +1,26 @@
 // The tables of bound functions, over crafted libraries that lack what a case asks for, and over the system's.
 #include <windows.h>
 
+#include <algorithm>
 #include <iterator>
+#include <optional>
 #include <sstream>
 
 #include "Includes/system/advapi_dll.h"
+#include "Includes/system/message_box.h"
 #include "Includes/system/missing_function.h"
 #include "Includes/system/resource_library.h"
 #include "Includes/system/shell32_dll.h"
 #include "Includes/system/system_description.h"
+#include "tests/system/replaced.h"
 #include "tests/system/support.h"
+
+extern "C" {
+extern void* lookupSlot __asm__("__imp__GetProcAddress@8");
+}
 
 namespace toolbelt::test {
 namespace {
-
-using Strings = std::vector<std::string>;
 
 constexpr char ADVAPI_NAMES[] =
     "OpenSCManagerA CreateServiceA StartServiceA OpenServiceA SetEntriesInAclA CloseServiceHandle "
@@ -49,14 +55,38 @@ void expectSlots(const CDll& table, const Functions& functions, const char* name
         EXPECT_EQ(reinterpret_cast<void* const*>(&functions)[i], addressOf(table, each[i])) << each[i];
 }
 
+Strings asked;
+const CDll* teller;
+bool heldThen;
+const auto realLookup = reinterpret_cast<decltype(&GetProcAddress)>(lookupSlot);
+
+FARPROC WINAPI watchedLookup(HMODULE module, const char* name)
+{
+    asked.push_back(name);
+    heldThen |= teller && teller->record().lock.depth != 0;
+    return realLookup(module, name);
+}
+
+// The names that an action looks up, in order.
+template <typename Action>
+Strings lookedUp(Action action)
+{
+    asked.clear();
+    const Replaced watched(&lookupSlot, watchedLookup);
+    action();
+    return asked;
+}
+
 TEST(AdvApi, BindsOnceAndTellsHowFarItCame)
 {
     Calls calls;
     Boxes boxes;
     {
         CAdvAPIDll table;
-        calls.answer("OpenSCManagerA", 77);
-        ASSERT_TRUE(table.bind(crafted().c_str()));
+        calls.answers["OpenSCManagerA"] = 77;
+        Strings names = split(ADVAPI_NAMES);
+        names.insert(names.begin(), "InitInstance");
+        EXPECT_EQ(lookedUp([&] { ASSERT_TRUE(table.bind(crafted().c_str())); }), names);
         expectSlots(table, table.binding().functions, ADVAPI_NAMES);
         EXPECT_EQ(table.binding().step, -2);
         EXPECT_EQ(table.getLastError(), 0u);
@@ -71,34 +101,42 @@ TEST(AdvApi, BindsOnceAndTellsHowFarItCame)
     EXPECT_EQ(Strings(all.begin() + 1, all.end()),
               (Strings{"OpenSCManagerA(983103)", "CloseServiceHandle(77)", "UnloadEnvironment(0)"}));
 
-    for (std::int32_t i = 0; i < 9; ++i) {
+    for (std::int32_t i = -1; i < 9; ++i) {
         CAdvAPIDll table;
-        const std::wstring path = craftedWithout({split(ADVAPI_NAMES)[i]});
+        const std::wstring path = i < 0 ? L"no such library.dll" : craftedWithout({split(ADVAPI_NAMES)[i]});
         EXPECT_FALSE(table.bind(path.c_str()));
-        EXPECT_EQ(table.binding().step, 1000 + i + 1);
-        EXPECT_EQ(table.getLastError(), 2u);
+        EXPECT_EQ(table.binding().step, i < 0 ? 0 : 1000 + i + 1);
+        EXPECT_EQ(table.getLastError(), i < 0 ? 1u : 2u);
         EXPECT_FALSE(table.bind(crafted().c_str())); // no second try
-        EXPECT_EQ(calls.count("InitInstance"), 2u + static_cast<std::uint32_t>(i));
+        EXPECT_EQ(calls.count("InitInstance"), static_cast<std::uint32_t>(i + 1));
     }
-    CAdvAPIDll absent;
-    EXPECT_FALSE(absent.bind(L"no such library.dll"));
-    EXPECT_EQ(absent.getLastError(), 1u);
-    EXPECT_FALSE(absent.bind(crafted().c_str()));
-    EXPECT_EQ(absent.binding().step, 0);
+    {
+        const CDll keeper(crafted().c_str()); // the slots stay valid
+        CAdvAPIDll changed;
+        EXPECT_TRUE(changed.bind(crafted().c_str()));
+        EXPECT_TRUE(changed.Load(craftedWithout({}).c_str()));
+    }
+    EXPECT_EQ(calls.count("CloseServiceHandle"), 0u); // by a table that is no longer of the library it was bound to
 }
 
 TEST(AdvApi, OptionalFunctionsFallBackOrStayNullAndTheManagersErrorIsLost)
 {
     Calls calls;
-    calls.answer("OpenSCManagerA", 0);
+    calls.answers["OpenSCManagerA"] = 0;
     struct OpenTable : CAdvAPIDll
     {
         using CDll::record_;
     } table;
     const TracedEntry outer(table.record_.lock, L"test");
-    ASSERT_TRUE(table.bind(craftedWithout({"DeleteServiceA", "ControlServiceA", "LookupPrivilegeValueA",
-                                           "LookupPrivilegeValue", "LogonUserExW"})
-                               .c_str()));
+    const std::wstring path = craftedWithout(
+        {"DeleteServiceA", "ControlServiceA", "LookupPrivilegeValueA", "LookupPrivilegeValue", "LogonUserExW"});
+    Strings names = {"InitInstance"};
+    for (const std::string& name : split(ADVAPI_NAMES)) {
+        names.push_back(name);
+        if (name == "DeleteServiceA" || name == "ControlServiceA" || name == "LookupPrivilegeValueA")
+            names.push_back(name.substr(0, name.size() - 1));
+    }
+    EXPECT_EQ(lookedUp([&] { ASSERT_TRUE(table.bind(path.c_str())); }), names);
     EXPECT_STREQ(table.record_.lock.holderOperation, L"CAdvAPIDll::GetProcAddress");
     const AdvApiFunctions& functions = table.binding().functions;
     EXPECT_TRUE(functions.deleteService && functions.deleteService == addressOf(table, "DeleteService"));
@@ -116,36 +154,61 @@ TEST(AdvApi, OptionalFunctionsFallBackOrStayNullAndTheManagersErrorIsLost)
     EXPECT_EQ(boxes.take(), (std::vector<Box>{{0, "Can not get procedure address - 'LogonUserExW'", "Error", 0x10}}));
 }
 
+std::string told;
+
+int __stdcall noteBox(void*, const char* text, const char*, unsigned int)
+{
+    told = teller->record().lock.depth == 0 ? text : "while the lock was held";
+    return IDOK;
+}
+
 TEST(Shell, DocumentsFolderInFourSteps)
 {
     Calls calls;
-    Boxes boxes;
     const std::string direct = "SHGetSpecialFolderPathW";
     wchar_t path[DLL_PATH_UNITS];
-    cShell32Dll whole(crafted().c_str());
+    std::optional<cShell32Dll> built;
+    Strings names = split(SHELL_NAMES);
+    names.insert(names.begin(), "InitInstance");
+    EXPECT_EQ(lookedUp([&] { built.emplace(crafted().c_str()); }), names);
+    cShell32Dll& whole = *built;
     expectSlots(whole, whole.functions(), SHELL_NAMES);
     calls.take();
     EXPECT_TRUE(whole.getDocumentsFolder(path));
     EXPECT_STREQ(path, L"X:\\direct");
     EXPECT_EQ(calls.take(), Strings{"SHGetSpecialFolderPathW(5)"});
-    calls.answer(direct, 0);
+    calls.answers[direct] = 0;
     EXPECT_FALSE(whole.getDocumentsFolder(path));
 
-    cShell32Dll neither(craftedWithout({direct, "SHGetSpecialFolderLocation"}).c_str());
-    EXPECT_FALSE(neither.getDocumentsFolder(path));
-    EXPECT_EQ(boxes.take().size(), 1u);
+    for (const std::string name : {"SHGetSpecialFolderLocation", "SHGetPathFromIDListW", "SHGetMalloc"}) {
+        cShell32Dll lacking(craftedWithout({direct, name}).c_str());
+        calls.take();
+        teller = &lacking;
+        setMessageBoxFunction(noteBox);
+        EXPECT_FALSE(lacking.getDocumentsFolder(path)) << name;
+        // The list is freed whenever it can be.
+        const Strings made = calls.take();
+        EXPECT_EQ(std::count(made.begin(), made.end(), "Free(0)"), name == "SHGetPathFromIDListW");
+        EXPECT_NE(std::exchange(told, "").find("\nFunction: cShell32Dll::getDocumentsFolder\nLine: "),
+                  std::string::npos);
+    }
 
+    const Boxes noMore;
     cShell32Dll lists(craftedWithout({direct}).c_str());
     for (const int converted : {1, 0}) {
         calls.take();
-        calls.answer("SHGetPathFromIDListW", converted);
+        calls.answers["SHGetPathFromIDListW"] = converted;
         EXPECT_EQ(lists.getDocumentsFolder(path), converted == 1);
         EXPECT_STREQ(path, L"X:\\list");
         EXPECT_EQ(calls.take(), (Strings{"SHGetSpecialFolderLocation(5)", "SHGetPathFromIDListW(0)", "SHGetMalloc(0)",
                                          "Free(0)", "Release(0)"}));
     }
-    calls.answer("SHGetSpecialFolderLocation", 0);
-    EXPECT_TRUE(lists.getDocumentsFolder(path));
+    calls.answers["SHGetSpecialFolderLocation"] = 0;
+    teller = &lists;
+    heldThen = false;
+    EXPECT_EQ(lookedUp([&] { EXPECT_TRUE(lists.getDocumentsFolder(path)); }).at(1), "GetUserNameW");
+    EXPECT_FALSE(heldThen);
+    teller = nullptr;
     wchar_t expected[MAX_PATH], name[100];
     DWORD units = 100;
     GetWindowsDirectoryW(expected, MAX_PATH);
