@@ -23,9 +23,59 @@ RECT placeIn(HWND dialog, HWND control)
     return place;
 }
 
-void moveTo(HWND control, const LayoutBox& box)
+// A picture in memory of the part of the client area that is to be painted, in the device's own coordinates: it is
+// copied in one piece, so that nobody sees the steps of its making. There is none without memory for it, and none of
+// mirrored dialogs, between whose devices systems copy with a column more or less.
+class Picture
 {
-    SetWindowPos(control, nullptr, box.left, box.top, box.width, box.height, SWP_NOZORDER | SWP_NOACTIVATE);
+public:
+    Picture(HDC target, const RECT& client) : target_(target)
+    {
+        RECT clip;
+        if (GetLayout(target) != 0 || GetClipBox(target, &clip) == ERROR || !IntersectRect(&place_, &clip, &client))
+            return;
+        memory_ = CreateCompatibleDC(target);
+        bitmap_ = memory_ ? CreateCompatibleBitmap(target, width(), height()) : nullptr;
+        before_ = bitmap_ ? SelectObject(memory_, bitmap_) : nullptr;
+        if (before_) SetWindowOrgEx(memory_, place_.left, place_.top, nullptr);
+    }
+    ~Picture()
+    {
+        if (before_) SelectObject(memory_, before_);
+        if (bitmap_) DeleteObject(bitmap_);
+        if (memory_) DeleteDC(memory_);
+    }
+    Picture(const Picture&) = delete;
+    Picture& operator=(const Picture&) = delete;
+
+    HDC device() const { return before_ ? memory_ : nullptr; } // null: there is none
+    bool copy() const
+    {
+        return BitBlt(target_, place_.left, place_.top, width(), height(), memory_, place_.left, place_.top, SRCCOPY);
+    }
+
+private:
+    int width() const { return place_.right - place_.left; }
+    int height() const { return place_.bottom - place_.top; }
+
+    HDC target_, memory_ = nullptr;
+    HBITMAP bitmap_ = nullptr;
+    HGDIOBJ before_ = nullptr;
+    RECT place_ = {};
+};
+
+void paintBackground(HDC device, const RECT& client, const ColoredDlgRecord& colours)
+{
+    FillRect(device, &client, GetSysColorBrush(COLOR_BTNFACE));
+    RECT header = client;
+    header.bottom = std::min<LONG>(colours.headerHeight, client.bottom);
+    FillRect(device, &header, GetSysColorBrush(COLOR_WINDOW));
+    const RECT line = {header.left, header.bottom, header.right, header.bottom + 1};
+    FillRect(device, &line, GetSysColorBrush(COLOR_INACTIVECAPTION));
+    header.right += std::min<LONG>(colours.headerExtension, std::numeric_limits<LONG>::max() - header.right);
+    if (colours.gradientColour != 0 && Gradient(colours.gradientColour, header, device, GetSysColor(COLOR_WINDOW)))
+        return;
+    FillRect(device, &header, GetSysColorBrush(COLOR_WINDOW));
 }
 
 } // namespace
@@ -56,6 +106,8 @@ MessageResult cColoredDlg::OnMessage(unsigned int message, WordParameter word, L
 
 void cColoredDlg::OnHeaderColour(DeviceHandle, WindowHandle) {}
 
+void cColoredDlg::OnBackgroundPainted(DeviceHandle) {}
+
 void cColoredDlg::initialise()
 {
     const RECT* const saved = colours.savedPosition;
@@ -73,32 +125,38 @@ void cColoredDlg::layOut(std::int32_t width)
     const int iconSize = colours.iconPlaceId != 0 ? GetSystemMetrics(SM_CXICON) : 0;
     const HeaderLayout layout =
         layoutHeader(width, colours.headerHeight, screenDpi(), iconSize, colours.largeText != 0);
-    const auto place = [this](std::uint32_t id, const LayoutBox& box) {
+    // Unseen: each move that is shown would have the system paint the ground behind it there and then. The gradient
+    // depends on the width, so that no part of the band stays as it was. The dialog cannot leave out the ground of its
+    // children (WS_CLIPCHILDREN), since header texts and groups are drawn on it.
+    RECT changed = {0, 0, width, colours.headerHeight};
+    const auto place = [&](std::uint32_t id, const LayoutBox& box) {
         const HWND control = id != 0 ? GetDlgItem(window, static_cast<int>(id)) : nullptr;
-        if (control) moveTo(control, box);
+        if (!control) return;
+        const RECT before = placeIn(window, control);
+        UnionRect(&changed, &changed, &before);
+        SetWindowPos(control, nullptr, box.left, box.top, box.width, box.height,
+                     SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOREDRAW);
     };
     place(colours.iconPlaceId, layout.icon);
     place(colours.titleId, layout.title);
     place(colours.textId, layout.text);
-    // The gradient depends on the width, so that no part of the band stays as it was.
-    const RECT band = {0, 0, width, colours.headerHeight};
-    RedrawWindow(window, &band, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+    RedrawWindow(window, &changed, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 
-bool cColoredDlg::eraseBackground(DeviceHandle device)
+bool cColoredDlg::eraseBackground(DeviceHandle target)
 {
     RECT client;
     if (!GetClientRect(window, &client)) return false;
-    FillRect(device, &client, GetSysColorBrush(COLOR_BTNFACE));
-    RECT header = client;
-    header.bottom = std::min<LONG>(colours.headerHeight, client.bottom);
-    FillRect(device, &header, GetSysColorBrush(COLOR_WINDOW));
-    const RECT line = {header.left, header.bottom, header.right, header.bottom + 1};
-    FillRect(device, &line, GetSysColorBrush(COLOR_INACTIVECAPTION));
-    header.right += std::min<LONG>(colours.headerExtension, std::numeric_limits<LONG>::max() - header.right);
-    if (colours.gradientColour != 0 && Gradient(colours.gradientColour, header, device, GetSysColor(COLOR_WINDOW)))
-        return true;
-    FillRect(device, &header, GetSysColorBrush(COLOR_WINDOW));
+    const auto paint = [&](HDC device) {
+        paintBackground(device, client, colours);
+        OnBackgroundPainted(device);
+    };
+    const Picture picture(target, client);
+    if (picture.device()) {
+        paint(picture.device());
+        if (picture.copy()) return true;
+    }
+    paint(target);
     return true;
 }
 
@@ -106,10 +164,10 @@ MessageResult cColoredDlg::colourStatic(DeviceHandle device, WindowHandle contro
 {
     if (placeIn(window, control).top >= colours.headerHeight) return 0;
     const auto id = static_cast<std::uint32_t>(GetDlgCtrlID(control));
-    FontHandle font = nullptr;
-    if (id == colours.textId)
+    FontHandle font = nullptr; // an identifier of 0 names no control
+    if (id != 0 && id == colours.textId)
         font = colours.largeText != 0 ? colours.fonts.shell10 : colours.fonts.shell8;
-    else if (id == colours.titleId)
+    else if (id != 0 && id == colours.titleId)
         font = colours.fonts.arial12;
     if (font) {
         SelectObject(device, font);

@@ -1,7 +1,10 @@
 // cColoredDlg: the dialog that most dialogs derive from. It has a header band in the window colour, shaded by a
 // gradient if wanted, a line below it, and in the band an icon, a title and a text in the shared bold fonts.
 //
-// A derived class that overrides OnMessage calls this class's first and passes on an answer other than 0.
+// A derived class that overrides OnMessage calls this class's first and passes on an answer other than 0. One of them
+// it may change: the answer to WM_CTLCOLORSTATIC is the window colour's brush, which a text lays on the gradient as a
+// plate of its own. With GetStockObject(NULL_BRUSH) in its place the text stands on the gradient itself, as long as the
+// dialog repaints the ground (RedrawWindow with RDW_ERASE) below a text that is changed.
 #pragma once
 
 #include <cstdint>
@@ -36,15 +39,21 @@ public:
     // The colour hook: called for each static control in the band before it is drawn, its font selected, its background
     // about to be made transparent. Text colours are set here.
     virtual void OnHeaderColour(DeviceHandle device, WindowHandle control);
+    // Called when the background is painted, in the dialog's coordinates: what is drawn here, the icon for example,
+    // appears together with it. The device may be one of memory, and the call comes again when that cannot be shown.
+    virtual void OnBackgroundPainted(DeviceHandle device);
 
     ColoredDlgRecord colours;
 
 private:
     void initialise();
     void layOut(std::int32_t width);
-    bool eraseBackground(DeviceHandle device);
+    bool eraseBackground(DeviceHandle target);
     MessageResult colourStatic(DeviceHandle device, WindowHandle control);
 };
+
+// The header height that suits a title and so many lines of text on a screen of dpi pixels per inch.
+TB_API std::int32_t suitableHeaderHeight(std::int32_t dpi, std::int32_t textLines, bool largeText) noexcept;
 
 // The process-wide switch that turns all bands, fonts and gradients off, for users who need the system's own colours;
 // off from the start. Open dialogs follow when they are painted next, but a text that has its font keeps it. Returns

@@ -29,7 +29,8 @@ HWND findButton(HWND dialog, std::int32_t id, std::int32_t n)
 bool cCountdownButton::StartCountdown(std::int32_t seconds, std::int32_t buttonId, std::int32_t n)
 {
     StopCountdown();
-    const HWND button = seconds > 0 ? findButton(window, buttonId, n) : nullptr;
+    // Children of no window would be those of the desktop.
+    const HWND button = seconds > 0 && window ? findButton(window, buttonId, n) : nullptr;
     if (!button) return false;
     const std::int32_t length = GetWindowTextLengthW(button);
     if (caption_.Assign(L"") == 0 || caption_.SetLength(length) == 0) return false; // a text even for an empty caption
@@ -56,7 +57,8 @@ bool cCountdownButton::OnCountdownMessage(unsigned int message, WordParameter wo
     if (message != WM_TIMER || word != COUNTDOWN_TIMER || !button_) return false;
     if (--left_ > 0) {
         cWCS text;
-        SetWindowTextW(button_, text.Format(L"%s (%d)", caption_.text(), left_));
+        text.Format(L"%s (%d)", caption_.text(), left_);
+        if (text.text()) SetWindowTextW(button_, text.text()); // without memory this second is not shown
         return true;
     }
     const HWND button = button_;

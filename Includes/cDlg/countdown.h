@@ -19,8 +19,8 @@ protected:
 
     // Counts seconds down (1 or more) on the button with this identifier, or when there is none on the n-th of the
     // dialog's children of class "button", counted from 1 in z-order: that of creation, unless it was changed. From the
-    // first second on the button shows what is left. A count that is under way ends. False when there is no such
-    // button, memory or timer.
+    // first second on the button shows what is left. A count that is under way ends. False when there is no
+    // such button, memory or timer, or no dialog yet.
     bool StartCountdown(std::int32_t seconds, std::int32_t buttonId, std::int32_t n = 1);
     // The button gets its caption back and is not pressed.
     void StopCountdown();

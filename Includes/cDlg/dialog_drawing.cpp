@@ -64,7 +64,8 @@ bool MeasureText(const wchar_t* text, std::uint32_t flags, Rectangle& rectangle)
     if (const HDC screen = GetDC(nullptr)) {
         const HGDIOBJ before = SelectObject(screen, font);
         RECT needed = rectangle;
-        measured = DrawTextW(screen, text, -1, &needed, flags | DT_CALCRECT) != 0;
+        const UINT format = (flags & ~static_cast<UINT>(DT_MODIFYSTRING)) | DT_CALCRECT;
+        measured = DrawTextW(screen, text, -1, &needed, format) != 0;
         if (measured) rectangle = needed;
         SelectObject(screen, before);
         ReleaseDC(nullptr, screen);

@@ -13,8 +13,10 @@ namespace toolbelt {
 TB_API void PaintIcon(WindowHandle dialog, DeviceHandle device, std::int32_t placeholderId, IconHandle icon) noexcept;
 
 // The rectangle that the text needs in the font of the system's message boxes: right and bottom are set from left and
-// top. With the system's text flag DT_WORDBREAK (0x10) lines are broken at the rectangle's right edge. False, and the
-// rectangle as it was, when the font cannot be had (reported as the assertion "false" or "hFont != NULL").
+// top. flags are those of the system's DrawText: with DT_WORDBREAK (0x10) lines are broken at the rectangle's right
+// edge; DT_MODIFYSTRING counts for nothing, since the text is never changed. False, and the rectangle as it was, when
+// the font (reported as the assertion "false" or "hFont != NULL") or the screen cannot be had, or the system measures
+// nothing.
 TB_API bool MeasureText(const wchar_t* text, std::uint32_t flags, Rectangle& rectangle) noexcept;
 
 } // namespace toolbelt

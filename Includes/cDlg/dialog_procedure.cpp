@@ -23,6 +23,7 @@ constexpr int HOT_AREA_ABOVE = 4;
 constexpr int HOT_AREA_BELOW = 14;
 
 constexpr int SMALL_ICON_SIZE = 16;
+constexpr wchar_t BIG_ICON[] = L"toolbelt.big_icon"; // the window's property that owns it
 
 constexpr UINT KEEP_PLACE = SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE;
 
@@ -37,14 +38,28 @@ void centreOnScreen(HWND window)
                  SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
+void releaseBigIcon(HWND window)
+{
+    if (const HANDLE icon = RemovePropW(window, BIG_ICON)) DestroyIcon(static_cast<HICON>(icon));
+}
+
 void setIcons(HWND window, HINSTANCE instance, std::uint32_t id)
 {
     const auto load = [&](int size, UINT flags) {
-        return reinterpret_cast<LPARAM>(
-            LoadImageW(instance, MAKEINTRESOURCEW(id), IMAGE_ICON, size, size, flags | LR_SHARED));
+        return LoadImageW(instance, MAKEINTRESOURCEW(id), IMAGE_ICON, size, size, flags);
     };
-    SendMessageW(window, WM_SETICON, ICON_SMALL, load(SMALL_ICON_SIZE, 0));
-    SendMessageW(window, WM_SETICON, ICON_BIG, load(0, LR_DEFAULTSIZE));
+    const auto set = [&](WPARAM kind, HANDLE icon) {
+        SendMessageW(window, WM_SETICON, kind, reinterpret_cast<LPARAM>(icon));
+    };
+    set(ICON_SMALL, load(SMALL_ICON_SIZE, LR_SHARED));
+    // A second shared one could be the first again, enlarged: the system may look for them by their names alone.
+    HANDLE big = load(0, LR_DEFAULTSIZE);
+    releaseBigIcon(window); // of an initialisation before
+    if (big && !SetPropW(window, BIG_ICON, big)) {
+        DestroyIcon(static_cast<HICON>(big));
+        big = nullptr;
+    }
+    set(ICON_BIG, big);
 }
 
 cDlg* initialise(HWND window, LPARAM parameter)
@@ -53,7 +68,7 @@ cDlg* initialise(HWND window, LPARAM parameter)
     const bool isChild = GetWindowLongW(window, GWL_STYLE) & WS_CHILD;
     if (!isChild && !GetWindow(window, GW_OWNER)) centreOnScreen(window);
     const ResourceLibrary* const library = loadedResourceLibrary();
-    if (library && library->identifier != NO_RESOURCE_IDENTIFIER)
+    if (library && library->initialiseDialog && library->identifier != NO_RESOURCE_IDENTIFIER)
         library->initialiseDialog(library->identifier, window);
 
     cDlg* const dialog = reinterpret_cast<cDlg*>(parameter);
@@ -92,6 +107,7 @@ bool isInHotArea(HWND window, LPARAM point)
 
 int __stdcall dialogProcedure(WindowHandle window, unsigned int message, WordParameter word, LongParameter parameter)
 {
+    if (message == WM_NCDESTROY) releaseBigIcon(window); // the last message, object or not
     cDlg* const dialog = message == WM_INITDIALOG ? initialise(window, parameter)
                                                   : reinterpret_cast<cDlg*>(GetWindowLongW(window, GWLP_USERDATA));
     if (dialog && dialog->window != window) reportAssertion(L"false", L"cDlg", 442);
@@ -112,12 +128,14 @@ int __stdcall dialogProcedure(WindowHandle window, unsigned int message, WordPar
         return 0;
     }
 
-    const MessageHook hook = dialog->record.messageHook;
-    if (hook && message == WM_DESTROY) hook(*dialog, message, word, parameter);
+    const auto callHook = [&] {
+        if (const MessageHook hook = dialog->record.messageHook) hook(*dialog, message, word, parameter);
+    };
+    if (message == WM_DESTROY) callHook();
     const WindowProcedure chained = dialog->record.chainedProcedure;
     const MessageResult answer =
         chained ? chained(window, message, word, parameter) : dialog->DefaultHandler(message, word, parameter);
-    if (hook && message != WM_DESTROY) hook(*dialog, message, word, parameter);
+    if (message != WM_DESTROY) callHook(); // the one that is set by now
     if (message == WM_INITDIALOG && dialog->record.topmost != 0)
         SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, KEEP_PLACE);
     return answer;

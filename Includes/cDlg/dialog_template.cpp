@@ -1,5 +1,7 @@
 #include "Includes/cDlg/dialog_template.h"
 
+#include <algorithm>
+
 #include "crypto/base/bytes.h"
 
 namespace toolbelt {
@@ -22,41 +24,40 @@ struct Form
 constexpr Form CLASSIC_FORM = {18, 0, 4, 8, 0, 18};
 constexpr Form EXTENDED_FORM = {26, 12, 8, 16, 4, 24};
 
+// Reads the template and, behind its end, zeros. There every text is empty and no control has data, so that 65,535
+// controls end 0x10000 + 65,535 * 28 bytes behind the end at most.
 class Reader
 {
 public:
     Reader(const std::uint8_t* bytes, std::size_t size) : bytes_(bytes), size_(size) {}
 
-    bool skip(std::size_t count)
+    std::size_t at() const { return at_; }
+    void skip(std::size_t count) { at_ += count; }
+    std::uint16_t word()
     {
-        if (size_ - at_ < count) return false;
-        at_ += count;
-        return true;
-    }
-    bool word(std::uint16_t& value)
-    {
-        if (size_ - at_ < 2) return false;
-        value = static_cast<std::uint16_t>(bytes_[at_] | bytes_[at_ + 1] << 8);
+        const unsigned low = byte(at_), high = byte(at_ + 1);
         at_ += 2;
-        return true;
+        return static_cast<std::uint16_t>(low | high << 8);
     }
-    bool text()
+    void text()
     {
-        for (std::uint16_t unit = 1; unit != 0;)
-            if (!word(unit)) return false;
-        return true;
+        while (word() != 0) {
+        }
     }
     // Nothing, a number or a name.
-    bool name()
+    void name()
     {
-        std::uint16_t first = 0;
-        if (!word(first)) return false;
-        if (first == ORDINAL) return skip(2);
-        return first == 0 || text();
+        const std::uint16_t first = word();
+        if (first == ORDINAL)
+            skip(2);
+        else if (first != 0)
+            text();
     }
-    bool align() { return skip((4 - at_ % 4) % 4); }
+    void align() { skip((4 - at_ % 4) % 4); }
 
 private:
+    unsigned byte(std::size_t place) const { return place < size_ ? bytes_[place] : 0; }
+
     const std::uint8_t* bytes_;
     std::size_t size_;
     std::size_t at_ = 0;
@@ -70,35 +71,39 @@ const Form* formOf(const std::uint8_t* bytes, std::size_t size)
     return size < form.fixedPart ? nullptr : &form;
 }
 
-// Whether that many controls follow, when the count of a control's data counts so many bytes of itself.
-bool holdsControls(Reader reader, const Form& form, int controls, std::uint16_t counted)
+// Where that many controls end, when the count of a control's data counts so many bytes of itself.
+std::size_t endOfControls(Reader reader, const Form& form, unsigned controls, unsigned counted)
 {
     for (; controls > 0; --controls) {
-        std::uint16_t data = 0;
-        if (!reader.align() || !reader.skip(form.controlPart) || !reader.name() || !reader.name() ||
-            !reader.word(data) || !reader.skip(data < counted ? 0u : data - counted))
-            return false;
+        reader.align();
+        reader.skip(form.controlPart);
+        reader.name();
+        reader.name();
+        const unsigned data = reader.word();
+        reader.skip(data < counted ? 0 : data - counted);
     }
-    return true;
+    return reader.at();
 }
 
 } // namespace
 
-bool isWholeTemplate(const std::uint8_t* bytes, std::size_t size) noexcept
+std::size_t templateExtent(const std::uint8_t* bytes, std::size_t size) noexcept
 {
     const Form* const form = formOf(bytes, size);
-    if (form == nullptr) return false;
+    if (form == nullptr || size > LARGEST_TEMPLATE) return 0;
     Reader reader(bytes, size);
-    if (!reader.skip(form->fixedPart) || !reader.name() || !reader.name() || !reader.text()) return false;
-    if ((load32le(bytes + form->style) & STYLE_FONT) != 0) {
-        std::uint16_t points = 0;
-        if (!reader.word(points)) return false;
-        if (points != MESSAGE_FONT && (!reader.skip(form->fontFacts) || !reader.text())) return false;
+    reader.skip(form->fixedPart);
+    reader.name();
+    reader.name();
+    reader.text();
+    if ((load32le(bytes + form->style) & STYLE_FONT) != 0 && reader.word() != MESSAGE_FONT) {
+        reader.skip(form->fontFacts);
+        reader.text();
     }
-    const int controls = bytes[form->controlCount] | bytes[form->controlCount + 1] << 8;
-    // Whether a classic control's count counts itself is seen both ways: the template has to be whole either way.
-    return holdsControls(reader, *form, controls, 0) &&
-           (form != &CLASSIC_FORM || holdsControls(reader, *form, controls, 2));
+    const unsigned controls = bytes[form->controlCount] | bytes[form->controlCount + 1] << 8;
+    const std::size_t one = endOfControls(reader, *form, controls, 0);
+    const std::size_t other = form == &CLASSIC_FORM ? endOfControls(reader, *form, controls, 2) : one;
+    return std::min(one, other) <= size ? std::max(one, other) : 0;
 }
 
 bool setTemplateRightToLeft(std::uint8_t* bytes, std::size_t size) noexcept

@@ -5,6 +5,7 @@
 
 #include <commctrl.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "Includes/cDlg/dialog_procedure.h"
@@ -25,9 +26,8 @@ static_assert(offsetof(DlgRecord, captionButton) == 44 && offsetof(DlgRecord, me
 constexpr wchar_t FAILURE_TITLE[] = L"Errror in creating dialog!"; // so known to users and their search engines
 constexpr int NOT_CREATED = -1;
 
-// One byte more than the template: what reads a final text may look behind it.
+// One byte more than the system may read of the template: what reads a final text may look behind it.
 constexpr std::size_t SPARE = 1;
-constexpr DWORD LARGEST_TEMPLATE = 0x100000; // more than any dialog needs
 constexpr std::uint32_t LARGEST_IDENTIFIER = 0xFFFF;
 
 } // namespace
@@ -100,24 +100,23 @@ bool cDlg::copyTemplate() noexcept
 {
     const HRSRC found = FindResourceW(instance, MAKEINTRESOURCEW(record.templateId), RT_DIALOG);
     const DWORD size = found ? SizeofResource(instance, found) : 0;
-    if (size == 0 || size > LARGEST_TEMPLATE) return false;
-    const HGLOBAL loaded = LoadResource(instance, found);
-    const void* const source = loaded ? LockResource(loaded) : nullptr;
-    if (!source) return false;
-    if (bufferSize_ < size + SPARE) {
+    const HGLOBAL loaded = size != 0 ? LoadResource(instance, found) : nullptr;
+    const auto* const source = static_cast<const std::uint8_t*>(loaded ? LockResource(loaded) : nullptr);
+    const std::size_t extent = templateExtent(source, size);
+    const std::size_t needed = std::max<std::size_t>(extent, size) + SPARE;
+    if (extent != 0 && bufferSize_ < needed) {
         SafeFree(&record.ownedBuffer);
-        record.ownedBuffer = heap::allocate(size + SPARE);
-        bufferSize_ = record.ownedBuffer ? size + SPARE : 0;
+        record.ownedBuffer = heap::allocate(needed);
+        bufferSize_ = record.ownedBuffer ? needed : 0;
+        if (!record.ownedBuffer) reportOutOfMemory();
     }
-    auto* const copy = static_cast<std::uint8_t*>(record.ownedBuffer);
+    auto* const copy = extent != 0 ? static_cast<std::uint8_t*>(record.ownedBuffer) : nullptr;
     if (copy) {
         std::memcpy(copy, source, size);
-        copy[size] = 0;
-    } else {
-        reportOutOfMemory();
+        std::memset(copy + size, 0, needed - size);
     }
-    FreeResource(loaded);
-    return copy && isWholeTemplate(copy, size) && (!isRightToLeft() || setTemplateRightToLeft(copy, size));
+    if (loaded) FreeResource(loaded);
+    return copy && (!isRightToLeft() || setTemplateRightToLeft(copy, size));
 }
 
 wchar_t* cDlg::HelpFilePath(wchar_t* buffer, std::uint32_t size)

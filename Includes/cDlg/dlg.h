@@ -63,15 +63,16 @@ public:
     virtual ~cDlg();
 
     // Shows the dialog until it is ended; returns its result, or -1 when it could not be created: silently without the
-    // template (identifiers end at 0xFFFF) or memory, or while the object has a dialog, else a box says why, and the
-    // thread's last error does. A parent that is no window counts as none, and a dialog without one is centred on the
-    // screen.
+    // template (identifiers end at 0xFFFF) or memory, with one that is cut off or larger than 1 MiB, or while the
+    // object has a dialog; else a box says why, and the thread's last error does. A parent that is no window counts as
+    // none, and a dialog without one is centred on the screen.
     virtual std::int32_t DoModal(InstanceHandle module, std::uint32_t id, WindowHandle parent, WindowProcedure chained);
     // The same, modeless: returns at once, null on failure. A command destroys the dialog.
     virtual WindowHandle Create(InstanceHandle module, std::uint32_t id, WindowHandle parent, WindowProcedure chained);
     virtual WindowHandle Create(InstanceHandle module, std::uint32_t id, WindowHandle parent);
     // The running program's path with "CHM" for its last three characters, in a buffer of size units; null when there
-    // is no such file, or the buffer is too small.
+    // is no such file, or the buffer is too small. Without the file the buffer holds the path that was looked for; one
+    // that is too small holds whatever part of the program's path the system left in it, perhaps without a terminator.
     virtual wchar_t* HelpFilePath(wchar_t* buffer, std::uint32_t size);
     virtual void OnCaptionButton(std::int32_t zero);
     // The answer to WM_INITDIALOG: whether the system gives the focus to the first control.

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "Includes/cDlg/colored_dlg.h"
+
 namespace toolbelt {
 namespace {
 

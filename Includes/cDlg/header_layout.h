@@ -1,10 +1,8 @@
-// Where icon, title and text stand in a dialog's header band. Arithmetic alone, so that it can be looked at for every
-// width and resolution.
+// Where icon, title and text stand in a dialog's header band: the library's own, for cColoredDlg. Arithmetic alone, so
+// that it can be looked at for every width and resolution.
 #pragma once
 
 #include <cstdint>
-
-#include "crypto/base/export.h"
 
 namespace toolbelt {
 
@@ -25,10 +23,7 @@ struct HeaderLayout
 // The band is width x height pixels on a screen of dpi pixels per inch. Title and text start behind the icon, an
 // iconSize pixels wide square (0: none), reach to the right margin and stand together in the middle of the band's
 // height. What a narrow or low band cannot hold is cut at its edge; nothing ever leaves the band.
-TB_API HeaderLayout layoutHeader(std::int32_t width, std::int32_t height, std::int32_t dpi, std::int32_t iconSize,
-                                 bool largeText) noexcept;
-
-// The height that suits a title and so many lines of text.
-TB_API std::int32_t suitableHeaderHeight(std::int32_t dpi, std::int32_t textLines, bool largeText) noexcept;
+HeaderLayout layoutHeader(std::int32_t width, std::int32_t height, std::int32_t dpi, std::int32_t iconSize,
+                          bool largeText) noexcept;
 
 } // namespace toolbelt

@@ -27,15 +27,15 @@ TEST(Dlg, EndsWithTheCommandAndFollowsTheResourceLibrary)
     const Recorder recorder;
     for (const std::uint32_t id : {DIALOG_CLASSIC, DIALOG_EXTENDED})
         for (const int button : {BUTTON_FIRST, BUTTON_SECOND, static_cast<int>(IDCANCEL)}) {
-            const Language language(button == BUTTON_SECOND, button == IDCANCEL ? NO_RESOURCE_IDENTIFIER : 42u,
-                                    button == BUTTON_FIRST);
+            Language language(button == BUTTON_SECOND, button == IDCANCEL ? NO_RESOURCE_IDENTIFIER : 42u,
+                              button == BUTTON_FIRST);
+            if (id == DIALOG_EXTENDED) language.library.initialiseDialog = nullptr;
             Dialog dialog;
             RECT work, own = {};
             SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
-            bool mirrored = false, reversed = false;
+            bool reversed = false;
             const auto look = [&] {
                 own = windowRect(dialog.window);
-                mirrored = GetWindowLongW(dialog.window, GWL_EXSTYLE) & WS_EX_LAYOUTRTL;
                 reversed = windowRect(GetDlgItem(dialog.window, BUTTON_FIRST)).left >
                            windowRect(GetDlgItem(dialog.window, BUTTON_SECOND)).left;
             };
@@ -43,9 +43,9 @@ TEST(Dlg, EndsWithTheCommandAndFollowsTheResourceLibrary)
             ASSERT_EQ(dialog.show(id, button, look, reinterpret_cast<HWND>(0x12345)), button);
             EXPECT_NEAR(own.left - work.left, work.right - own.right, 1);
             EXPECT_NEAR(own.top - work.top, work.bottom - own.bottom, 1);
-            // Right to left, when it is loaded; its function unless there is no identifier.
-            EXPECT_TRUE(mirrored == (button == BUTTON_SECOND) && reversed == mirrored);
-            EXPECT_EQ(recorder.take(), button == BUTTON_SECOND ? Texts{"42"} : Texts{});
+            // Right to left, when it is loaded; its function unless there is none or no identifier.
+            EXPECT_EQ(reversed, button == BUTTON_SECOND);
+            EXPECT_EQ(recorder.take(), button == BUTTON_SECOND && id == DIALOG_CLASSIC ? Texts{"42"} : Texts{});
         }
     Dialog chained;
     chained.chained = endWith77;
@@ -81,10 +81,12 @@ TEST(Dlg, ModelessIsMadeFromTheResourceOrTheCopyWhereTheTemplateSays)
     DestroyWindow(parent.window);
 }
 
+bool refusedSilently;
+
 template <typename Template>
 INT_PTR CALLBACK refusedBox(HINSTANCE, Template, HWND, DLGPROC, LPARAM)
 {
-    SetLastError(sizeof(*Template()) == 1 ? 0x714 : ERROR_ACCESS_DENIED);
+    if (!refusedSilently) SetLastError(sizeof(*Template()) == 1 ? 0x714 : ERROR_ACCESS_DENIED);
     return -1;
 }
 
@@ -93,9 +95,8 @@ TEST(Dlg, FailuresAreToldOnce)
     const Recorder recorder;
     Dialog dialog;
     EXPECT_EQ(dialog.show(999, IDOK), -1); // no such template
-    EXPECT_EQ(dialog.open(999), nullptr);
-    EXPECT_EQ(dialog.open(0x10000 + DIALOG_CLASSIC), nullptr);
-    EXPECT_EQ(dialog.open(DIALOG_IMPOSSIBLE), nullptr);
+    for (const std::uint32_t id : {999, 0x10000 + DIALOG_CLASSIC, DIALOG_IMPOSSIBLE})
+        EXPECT_EQ(dialog.open(id), nullptr);
     EXPECT_EQ(recorder.take(), Texts{});
     for (const bool rightToLeft : {false, true}) {
         const Language language(rightToLeft);
@@ -109,6 +110,13 @@ TEST(Dlg, FailuresAreToldOnce)
         cWCS text;
         EXPECT_EQ(recorder.take(), Texts{"Errror in creating dialog!|" + narrow(text.SystemErrorText(0x714)) + "|" +
                                          std::to_string(rightToLeft ? 0x180010 : 0x10)});
+    }
+    {
+        const Replaced first(&dialogBoxSlot, refusedBox<const DLGTEMPLATE*>);
+        refusedSilently = true; // no error: no second attempt, which would show the dialog
+        SetLastError(ERROR_ACCESS_DENIED);
+        EXPECT_EQ(dialog.show(DIALOG_CLASSIC, BUTTON_SECOND), -1);
+        refusedSilently = false;
     }
     int shows = 0;
     dialog.show(DIALOG_CLASSIC, IDOK, [&] {

@@ -2,6 +2,7 @@
 #include "Includes/cDlg/countdown.h"
 #include "Includes/cDlg/dialog_drawing.h"
 #include "tests/dialog/support.h"
+#include "tests/support/test_heap.h"
 
 extern "C" {
 extern void* systemParametersSlot __asm__("__imp__SystemParametersInfoW@16");
@@ -34,9 +35,12 @@ struct Counting : Observed<cDlg>, cCountdownButton
 TEST(Countdown, ShowsWhatIsLeftAndPressesOnce)
 {
     Counting dialog;
+    const HWND stray = CreateWindowW(L"button", L"On the desktop", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_FALSE(dialog.StartCountdown(3, 0)); // no dialog yet
+    DestroyWindow(stray);
     const HWND window = dialog.open(DIALOG_CLASSIC);
     const auto tick = [&](int count) {
-        while (count-- > 0) SendMessageW(window, WM_TIMER, COUNTDOWN_TIMER, 0);
+        while (count-- > 0) SendMessageW(window, WM_TIMER, 3021, 0);
     };
     EXPECT_FALSE(dialog.StartCountdown(0, BUTTON_FIRST));
     EXPECT_FALSE(dialog.StartCountdown(3, BODY_TEXT, 3)); // no button's identifier, and there are two buttons
@@ -46,9 +50,14 @@ TEST(Countdown, ShowsWhatIsLeftAndPressesOnce)
     tick(5);
     EXPECT_EQ(dialog.seen,
               (Texts{"&First (2)", "&First (1)", std::to_string(MAKEWPARAM(BUTTON_FIRST, BN_CLICKED)), "&First"}));
-    ASSERT_TRUE(dialog.StartCountdown(3, BODY_TEXT, 2)); // the second button, by number; stopped before the end
+    ASSERT_TRUE(dialog.StartCountdown(4, BODY_TEXT, 2)); // the second button, by number; stopped before the end
     tick(1);
-    EXPECT_EQ(textOf(window, BUTTON_SECOND), "&Second (2)");
+    {
+        TestHeap heap;
+        heap.failAt(1);
+        tick(1);
+    }
+    EXPECT_EQ(textOf(window, BUTTON_SECOND), "&Second (3)");
     dialog.StopCountdown();
     EXPECT_EQ(textOf(window, BUTTON_SECOND), "&Second");
 
@@ -105,8 +114,12 @@ TEST(DialogDrawing, TextIsMeasuredInTheFontOfMessageBoxes)
     realParameters = reinterpret_cast<decltype(realParameters)>(systemParametersSlot);
     const Replaced watched(&systemParametersSlot, watchedParameters);
     RECT one = {10, 20, 10, 20}, kept = {1, 2, 3, 4};
-    EXPECT_TRUE(MeasureText(L"Several words in one line", DT_SINGLELINE, one));
+    wchar_t words[40] = L"Several words in one line";
+    EXPECT_TRUE(MeasureText(words, DT_SINGLELINE, one));
     EXPECT_TRUE(one.left == 10 && one.top == 20 && one.right > 80 && one.bottom > 28);
+    one.right = 40;
+    MeasureText(words, DT_SINGLELINE | DT_END_ELLIPSIS | DT_MODIFYSTRING, one);
+    EXPECT_STREQ(words, L"Several words in one line");
     refuseParameters = true;
     EXPECT_FALSE(MeasureText(L"x", 0, kept));
     EXPECT_EQ(recorder.take().at(0).rfind("false cDlg ", 0), 0u);

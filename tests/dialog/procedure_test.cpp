@@ -14,10 +14,16 @@ bool note(const char* step, UINT message)
     return message == WM_APP;
 }
 
+void tracingHook(cDlg&, UINT message, WPARAM, LPARAM)
+{
+    note("hook", message);
+}
+
 struct Tracing : Observed<cDlg>
 {
     MessageResult DefaultHandler(UINT message, WPARAM word, LPARAM parameter) override
     {
+        if (message == WM_APP) record.messageHook = tracingHook; // from then on
         return note("last", message) ? 11 : cDlg::DefaultHandler(message, word, parameter);
     }
     void OnCaptionButton(std::int32_t zero) override { steps.push_back("caption " + std::to_string(zero)); }
@@ -33,7 +39,7 @@ TEST(DialogProcedure, AsksInOrder)
     for (const WindowProcedure chained : {WindowProcedure(nullptr), WindowProcedure(chainedProcedure)}) {
         Tracing dialog;
         MessageResult answer = 0;
-        dialog.record.messageHook = [](cDlg&, UINT message, WPARAM, LPARAM) { note("hook", message); };
+        if (chained) dialog.record.messageHook = tracingHook;
         dialog.onMessage = [&](UINT message, WPARAM, LPARAM) { return note("OnMessage", message) ? answer : 0; };
         const HWND window = dialog.Create(GetModuleHandleW(nullptr), DIALOG_CLASSIC, nullptr, chained);
         EXPECT_EQ(dialogProcedure(window, WM_APP, 0, 0), chained ? 12 : 11);
@@ -65,9 +71,13 @@ TEST(DialogProcedure, AnswersForTheWindow)
     steps.clear();
     dialog.window = window;
 
-    const LRESULT smallIcon = SendMessageW(window, WM_GETICON, ICON_SMALL, 0);
-    const LRESULT bigIcon = SendMessageW(window, WM_GETICON, ICON_BIG, 0);
-    EXPECT_TRUE(smallIcon && bigIcon && smallIcon != bigIcon);
+    for (const auto& [kind, size] : {std::pair(ICON_SMALL, 16), {ICON_BIG, GetSystemMetrics(SM_CXICON)}}) {
+        ICONINFO parts = {};
+        EXPECT_TRUE(GetIconInfo(reinterpret_cast<HICON>(SendMessageW(window, WM_GETICON, kind, 0)), &parts));
+        EXPECT_EQ(parts.xHotspot, size / 2u); // of an icon: its middle
+        DeleteObject(parts.hbmMask);
+        DeleteObject(parts.hbmColor);
+    }
 
     // The first size is the smallest; larger is fine.
     const RECT first = windowRect(window);

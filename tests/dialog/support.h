@@ -1,4 +1,4 @@
-// What the tests of this folder share: dialogs that act, recorded reports, replaced imports, counted objects.
+// What the tests of this folder share: dialogs that act, recorded reports, counted objects.
 #pragma once
 
 #define WIN32_LEAN_AND_MEAN
@@ -13,6 +13,7 @@
 #include "Includes/cDlg/dlg.h"
 #include "Includes/system/resource_library.h"
 #include "tests/dialog/resources.h"
+#include "tests/system/replaced.h"
 
 namespace toolbelt::test {
 
@@ -30,10 +31,10 @@ struct Observed : Base
         const MessageResult answer = onMessage ? onMessage(message, word, parameter) : 0;
         return answer != 0 ? answer : Base::OnMessage(message, word, parameter);
     }
-    HWND open(std::uint32_t id, HWND parent = nullptr)
+    HWND open(std::uint32_t id)
     {
         this->record.useCopy = 1;
-        return this->Create(GetModuleHandleW(nullptr), id, parent);
+        return this->Create(GetModuleHandleW(nullptr), id, nullptr);
     }
     // Modal; when it is there, the action is done and the button pressed.
     std::int32_t show(
@@ -68,31 +69,12 @@ struct Language
     ResourceLibrary library;
 };
 
-// Another function in the place of an imported one while one lives; the slot is the import's, "__imp__NAME@BYTES".
-class Replaced
-{
-public:
-    template <typename Function>
-    Replaced(void** slot, Function* function) : slot_(slot), before_(*slot)
-    {
-        DWORD protection;
-        VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &protection);
-        *slot = reinterpret_cast<void*>(function);
-    }
-    ~Replaced() { *slot_ = before_; }
-
-private:
-    void** slot_;
-    void* before_;
-};
-
 std::string narrow(const wchar_t* text);
 RECT windowRect(HWND window);
 RECT clientRect(HWND window);
 std::string textOf(HWND dialog, int id = 0);
 // Delivers messages until done, for so many milliseconds at most.
-void pump(
-    DWORD milliseconds, const std::function<bool()>& done = [] { return false; });
+void pump(DWORD milliseconds, const std::function<bool()>& done);
 // This process's GDI objects and windows.
 std::pair<int, int> countObjects();
 
