@@ -37,6 +37,7 @@ std::uint32_t detect() noexcept
     if (!__get_cpuid_count(7, 0, &a, &b, &c, &d)) return features;
     if (b & bit_SHA) features |= SHA;
     if (avx && (b & bit_AVX2)) features |= AVX2;
+    if ((features & AVX2) && (features & AES) && (c & bit_VAES)) features |= VAES;
     constexpr std::uint32_t AVX512_BITS = bit_AVX512F | bit_AVX512DQ | bit_AVX512BW | bit_AVX512VL;
     if (avx && (saved & XCR0_AVX512) == XCR0_AVX512 && (b & AVX512_BITS) == AVX512_BITS) {
         features |= AVX512;
@@ -63,8 +64,8 @@ struct Name
     std::uint32_t feature;
     const char* text;
 };
-constexpr Name names[] = {{SSE2, "sse2"}, {SSSE3, "ssse3"},   {AES, "aes"},  {SHA, "sha"},
-                          {AVX2, "avx2"}, {AVX512, "avx512"}, {IFMA, "ifma"}};
+constexpr Name names[] = {{SSE2, "sse2"}, {SSSE3, "ssse3"},   {AES, "aes"},   {SHA, "sha"},
+                          {AVX2, "avx2"}, {AVX512, "avx512"}, {IFMA, "ifma"}, {VAES, "vaes"}};
 
 } // namespace
 

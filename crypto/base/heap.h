@@ -26,8 +26,8 @@ TB_API void release(void* block) noexcept;
 TB_API void releaseSecret(void* block, std::size_t size) noexcept;
 
 // The same on the system's global heap (GlobalAlloc), where the byte buffer keeps its block.
-TB_API void* globalAllocate(std::size_t size) noexcept;
-TB_API void globalReleaseSecret(void* block, std::size_t size) noexcept;
+void* globalAllocate(std::size_t size) noexcept;
+void globalReleaseSecret(void* block, std::size_t size) noexcept;
 
 // What lies under the door. A test replaces it; secretSize is what was wiped just before, 0 for a block released as it
 // is.

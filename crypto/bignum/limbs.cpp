@@ -1,8 +1,68 @@
 // Comparison, sums, shifts and the multiply-accumulate rows on limb arrays. Carry chains run over the 32-bit halves of
-// the limbs, where a 64-bit sum of two words and a carry cannot overflow.
+// the limbs, by the processor's carry flag where there is one to be had.
 #include "crypto/bignum/limbs.h"
 
+#if defined(__i386__) || defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
 namespace toolbelt::limbs {
+namespace {
+
+// r = a + b + carry, and the same with differences. Returns the carry or borrow, 0 or 1.
+#if defined(__i386__) || defined(__x86_64__)
+inline unsigned char addWord(unsigned char carry, Word a, Word b, Word& r) noexcept
+{
+    unsigned sum;
+    carry = _addcarry_u32(carry, a, b, &sum);
+    r = sum;
+    return carry;
+}
+inline unsigned char subtractWord(unsigned char borrow, Word a, Word b, Word& r) noexcept
+{
+    unsigned difference;
+    borrow = _subborrow_u32(borrow, a, b, &difference);
+    r = difference;
+    return borrow;
+}
+#else
+inline unsigned char addWord(unsigned char carry, Word a, Word b, Word& r) noexcept
+{
+    const std::uint64_t sum = std::uint64_t{a} + b + carry;
+    r = static_cast<Word>(sum);
+    return static_cast<unsigned char>(sum >> 32);
+}
+inline unsigned char subtractWord(unsigned char borrow, Word a, Word b, Word& r) noexcept
+{
+    const std::uint64_t difference = std::uint64_t{a} - b - borrow;
+    r = static_cast<Word>(difference);
+    return difference >> 63;
+}
+#endif
+
+// Runs a chain over na limbs, of which b has the lower nb and zeros above. Four words a round, since the flag does not
+// live from one round to the next; above nb it ends where nothing is carried on.
+template <unsigned char (&step)(unsigned char, Word, Word, Word&)>
+Limb chain(Limb* r, const Limb* a, std::size_t na, const Limb* b, std::size_t nb) noexcept
+{
+    Word* rw = words(r);
+    const Word *aw = words(a), *bw = words(b);
+    unsigned char carry = 0;
+    std::size_t i = 0;
+    for (; i + 4 <= 2 * nb; i += 4) {
+        carry = step(carry, aw[i], bw[i], rw[i]);
+        carry = step(carry, aw[i + 1], bw[i + 1], rw[i + 1]);
+        carry = step(carry, aw[i + 2], bw[i + 2], rw[i + 2]);
+        carry = step(carry, aw[i + 3], bw[i + 3], rw[i + 3]);
+    }
+    for (; i < 2 * nb; ++i) carry = step(carry, aw[i], bw[i], rw[i]);
+    for (; i < 2 * na && carry; ++i) carry = step(carry, aw[i], 0, rw[i]);
+    if (r != a)
+        for (; i < 2 * na; ++i) rw[i] = aw[i];
+    return carry;
+}
+
+} // namespace
 
 int compare(const Limb* a, std::size_t na, const Limb* b, std::size_t nb) noexcept
 {
@@ -16,41 +76,12 @@ int compare(const Limb* a, std::size_t na, const Limb* b, std::size_t nb) noexce
 
 Limb add(Limb* r, const Limb* a, std::size_t na, const Limb* b, std::size_t nb) noexcept
 {
-    Word* rw = words(r);
-    const Word* aw = words(a);
-    const Word* bw = words(b);
-    std::uint64_t sum = 0;
-    for (std::size_t i = 0; i < 2 * nb; ++i) {
-        sum += std::uint64_t{aw[i]} + bw[i];
-        rw[i] = static_cast<Word>(sum);
-        sum >>= 32;
-    }
-    Limb carry = sum;
-    for (std::size_t i = nb; i < na; ++i) {
-        r[i] = a[i] + carry;
-        carry = r[i] < carry;
-    }
-    return carry;
+    return chain<addWord>(r, a, na, b, nb);
 }
 
 Limb subtract(Limb* r, const Limb* a, std::size_t na, const Limb* b, std::size_t nb) noexcept
 {
-    Word* rw = words(r);
-    const Word* aw = words(a);
-    const Word* bw = words(b);
-    std::int64_t difference = 0; // the shift below keeps the sign: 0 or -1 is carried on
-    for (std::size_t i = 0; i < 2 * nb; ++i) {
-        difference += std::int64_t{aw[i]} - std::int64_t{bw[i]};
-        rw[i] = static_cast<Word>(difference);
-        difference >>= 32;
-    }
-    Limb borrow = difference != 0;
-    for (std::size_t i = nb; i < na; ++i) {
-        const Limb limb = a[i];
-        r[i] = limb - borrow;
-        borrow = limb < borrow;
-    }
-    return borrow;
+    return chain<subtractWord>(r, a, na, b, nb);
 }
 
 Limb shiftLeft(Limb* r, const Limb* a, std::size_t n, unsigned bits) noexcept
@@ -98,10 +129,7 @@ Word multiplySubtract(Word* r, const Word* a, std::size_t n, Word w) noexcept
 #pragma GCC unroll 4
     for (std::size_t i = 0; i < n; ++i) {
         const std::uint64_t taken = std::uint64_t{a[i]} * w + borrow;
-        const Word low = static_cast<Word>(taken);
-        const Word word = r[i];
-        r[i] = word - low;
-        borrow = static_cast<Word>(taken >> 32) + (word < low);
+        borrow = static_cast<Word>(taken >> 32) + subtractWord(0, r[i], static_cast<Word>(taken), r[i]);
     }
     return borrow;
 }

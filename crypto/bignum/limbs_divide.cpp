@@ -4,6 +4,7 @@
 // Why the estimate is at most two too large: the divisor's top bit is set, so dropping all but its top limb raises the
 // quotient of the upper limbs by less than 2 + 2/2^64 (Knuth, theorem B). Looking at the second limb removes the error
 // but for a chance of about 2/2^64; then the product taken off is one divisor too large, and one is added back.
+#include "crypto/bignum/branch_observer.h"
 #include "crypto/bignum/limbs.h"
 
 namespace toolbelt::limbs {
@@ -53,10 +54,12 @@ Limb divideWide(Limb high, Limb low, Limb d, Limb inverse, Limb& rest) noexcept
     q.high += high + (q.low < low) + 1;
     rest = low - q.high * d;
     if (rest > q.low) {
+        observe(Branch::wideLowered);
         --q.high;
         rest += d;
     }
     if (rest >= d) {
+        observe(Branch::wideRaised);
         ++q.high;
         rest -= d;
     }
@@ -70,6 +73,7 @@ Limb estimate(const Limb* u, const Limb* v, Limb inverse) noexcept
     const Limb top = v[0];
     Limb q, rest;
     if (u[0] >= top) { // equal: the quotient limb cannot be larger than all ones
+        observe(Branch::quotientAllOnes);
         q = ~Limb{0};
         rest = u[-1] + top;
         if (rest < top) return q;
@@ -78,6 +82,7 @@ Limb estimate(const Limb* u, const Limb* v, Limb inverse) noexcept
     }
     Wide second = multiplyWide(q, v[-1]);
     while (second.high > rest || (second.high == rest && second.low > u[-2])) {
+        observe(Branch::quotientLowered);
         --q;
         rest += top;
         if (rest < top) break;
@@ -117,6 +122,7 @@ void divide(Limb* q, Limb* u, std::size_t nu, const Limb* v, std::size_t nv) noe
     for (std::size_t j = nu - nv + 1; j-- > 0;) {
         Limb digit = estimate(u + j + nv, v + nv - 1, inverse);
         if (takeMultiple(u + j, v, nv, digit)) {
+            observe(Branch::quotientAddBack);
             --digit;
             u[j + nv] += add(u + j, u + j, nv, v, nv);
         }

@@ -7,10 +7,30 @@
 #include <cstring>
 #include <utility>
 
+#include "crypto/base/cpu.h"
+#include "crypto/bignum/branch_observer.h"
+#include "crypto/bignum/columns.h"
 #include "crypto/bignum/limbs.h"
 
 namespace toolbelt::limbs {
 namespace {
+
+// The schoolbook product of short operands on vectors, when the processor has them.
+bool multiplyOnVectors(Limb* r, const Limb* a, std::size_t na, const Limb* b, std::size_t nb) noexcept
+{
+#if defined(__i386__) || defined(__x86_64__)
+    if (na > columnsLimit || nb < 2) return false;
+    if (cpu::has(cpu::AVX2)) {
+        multiplyColumnsAvx2(r, a, na, b, nb);
+        return true;
+    }
+    if (cpu::has(cpu::SSE2)) {
+        multiplyColumnsSse2(r, a, na, b, nb);
+        return true;
+    }
+#endif
+    return false;
+}
 
 // Top-limb index from which operands are split; below it (at most 1024 bits) the schoolbook core is used. Fixed.
 constexpr std::size_t karatsubaTopLimb = 16;
@@ -22,6 +42,7 @@ void zero(Limb* r, std::size_t n) noexcept
 
 void multiplySchoolbook(Limb* r, const Limb* a, std::size_t na, const Limb* b, std::size_t nb) noexcept
 {
+    if (multiplyOnVectors(r, a, na, b, nb)) return;
     zero(r, na + nb);
     Word* rw = words(r);
     const Word* bw = words(b);
@@ -32,6 +53,7 @@ void multiplySchoolbook(Limb* r, const Limb* a, std::size_t na, const Limb* b, s
 // diagonal.
 void squareSchoolbook(Limb* r, const Limb* a, std::size_t n) noexcept
 {
+    if (multiplyOnVectors(r, a, n, a, n)) return;
     zero(r, 2 * n);
     Word* rw = words(r);
     const Word* aw = words(a);
@@ -71,6 +93,7 @@ bool difference(Limb* r, const Limb* high, std::size_t n, const Limb* low, std::
 // limbs, is what is taken from high + low, or added to it. middle is room for n + 1 limbs.
 void addMiddle(Limb* r, std::size_t h, std::size_t n, const Limb* product, bool addProduct, Limb* middle) noexcept
 {
+    observe(addProduct ? Branch::middleAdded : Branch::middleTaken);
     middle[n] = add(middle, r + 2 * h, n, r, 2 * h);
     if (addProduct)
         add(middle, middle, n + 1, product, n);
@@ -101,9 +124,11 @@ void multiply(Limb* r, const Limb* a, std::size_t na, const Limb* b, std::size_t
         std::swap(na, nb);
     }
     if (na <= karatsubaTopLimb || nb < 2) {
+        if (na == karatsubaTopLimb && nb == karatsubaTopLimb) observe(Branch::productSchoolbook);
         multiplySchoolbook(r, a, na, b, nb);
         return;
     }
+    observe(Branch::productSplit);
     const std::size_t h = nb / 2; // (top-limb index of the shorter operand + 1) / 2
     const std::size_t highA = na - h, highB = nb - h;
     const std::size_t n = highA + highB; // at least 2h, for na >= nb >= 2h
@@ -128,6 +153,7 @@ void square(Limb* r, const Limb* a, std::size_t n, Limb* scratch) noexcept
         squareSchoolbook(r, a, n);
         return;
     }
+    observe(Branch::squareSplit);
     const std::size_t h = n / 2; // (top-limb index + 1) / 2
     const std::size_t high = n - h;
     Limb* product = scratch + 2 * high + 1;

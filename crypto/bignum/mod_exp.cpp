@@ -33,12 +33,12 @@ public:
         std::uint32_t largest = 1;
         for (std::uint32_t bit = bnBitLength(exponent) - 1, length; bit > 0;)
             largest = std::max(largest, takeWindow(exponent, bit, length));
-        const std::size_t k = static_cast<std::size_t>(context.k);
-        Status status = bnView(entries_[1], base, 0, context.k);
-        if (status == STATUS_OK) status = detail::resizeLimbs(storage_, (largest - 1) * k);
+        const auto size = static_cast<std::int32_t>(context.size);
+        Status status = bnView(entries_[1], base, 0, size);
+        if (status == STATUS_OK) status = detail::resizeLimbs(storage_, (largest - 1) * context.size);
         for (std::uint32_t i = 2; i <= largest && status == STATUS_OK; ++i) {
-            status = bnView(entries_[i], storage_, static_cast<std::int32_t>((i - 2) * k), context.k);
-            if (status == STATUS_OK) context.product(entries_[i].limbs, entries_[i - 1].limbs, base.limbs);
+            status = bnView(entries_[i], storage_, static_cast<std::int32_t>(i - 2) * size, size);
+            if (status == STATUS_OK) context.product(entries_[i].limbs, entries_[i - 1].limbs, entries_[1].limbs);
         }
         return status;
     }
@@ -72,25 +72,21 @@ Status montgomeryPower(BigNum& result, const BigNum& base, const BigNum& exponen
     MontgomeryContext context(modulus);
     Status status = context.build();
     if (status != STATUS_OK) return status;
-    const std::size_t k = static_cast<std::size_t>(context.k);
-
-    // base R mod n, in exactly k limbs.
     BigNum converted, power;
-    status = detail::shiftLeft(power, base, static_cast<std::uint32_t>(64 * k));
-    if (status == STATUS_OK) status = detail::resizeLimbs(converted, k);
-    if (status == STATUS_OK) status = detail::divide(nullptr, converted, power, modulus);
+    status = context.enter(converted, base);
     PowerTable table;
     if (status == STATUS_OK) status = table.build(context, converted, exponent);
-    if (status == STATUS_OK) status = detail::resizeLimbs(power, k);
+    if (status == STATUS_OK) status = detail::resizeLimbs(power, context.size);
     if (status == STATUS_OK) status = bnCopy(power, converted);
     if (status != STATUS_OK) return status;
 
+    limbs::Limb* const value = power.limbs;
     for (std::uint32_t bit = bnBitLength(exponent) - 1, length; bit > 0;) {
         const std::uint32_t window = takeWindow(exponent, bit, length);
-        while (length-- > 0) context.product(power.limbs, power.limbs, power.limbs);
-        if (window != 0) context.product(power.limbs, power.limbs, table[window]);
+        while (length-- > 0) context.product(value, value, value);
+        if (window != 0) context.product(value, value, table[window]);
     }
-    return bnModMultiply(result, power, context.inverseR, modulus);
+    return context.leave(result, power);
 }
 
 } // namespace

@@ -37,7 +37,7 @@ protected:
 // Always STATUS_OK. Not from a sink that is told of a search: its workers read the table.
 TB_API Status bnFreePrimeTable();
 // The entries, smallest first; null and 0 while there is no table.
-TB_API const std::uint32_t* bnPrimeTable(std::uint32_t* count);
+const std::uint32_t* bnPrimeTable(std::uint32_t* count);
 // 1 when no entry of the table divides n, else 0; an entry divides itself, and every entry divides 0.
 TB_API int bnTrialDivision(const BigNum& n);
 
@@ -65,7 +65,7 @@ inline constexpr std::int32_t PRIME_NO_PREDECESSOR = -3;
 // time. BN_E_RANGE when a search is running already, for an even e (p - 1 is even), and when all numbers of that length
 // were tried in vain; BN_E_MEMORY also when no worker could be started. prime is written on success only, and may be
 // the start.
-[[nodiscard]] TB_API Status bnSearchPrime(BigNum& prime, const BigNum& start, bool safePrime, const BigNum* e,
-                                          ProgressSink* sink);
+[[nodiscard]] Status bnSearchPrime(BigNum& prime, const BigNum& start, bool safePrime, const BigNum* e,
+                                   ProgressSink* sink);
 
 } // namespace toolbelt

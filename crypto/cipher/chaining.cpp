@@ -1,9 +1,11 @@
 // The chaining modes, written once over the block operations of cSymAlg. CBC encryption and CFB encryption go block by
 // block, as each needs the ciphertext before it; the decryptions stage a batch of blocks and hand it over in one call.
+// A cipher with routines of its own for CBC and CFB gets the whole blocks as they are.
 #include <algorithm>
 #include <cstring>
 
 #include "crypto/base/bytes.h"
+#include "crypto/cipher/chained_blocks.h"
 #include "crypto/cipher/cipher.h"
 
 namespace toolbelt {
@@ -34,7 +36,7 @@ void loadIv(std::uint8_t* chain, const std::uint8_t* iv, std::uint32_t blockSize
 }
 
 // out = a XOR b. Ascending, so out may lie on or below either.
-void xorBytes(std::uint8_t* out, const std::uint8_t* a, const std::uint8_t* b, std::uint32_t size)
+inline void xorBytes(std::uint8_t* out, const std::uint8_t* a, const std::uint8_t* b, std::uint32_t size)
 {
     std::uint32_t i = 0;
     for (; i + 4 <= size; i += 4) store32le(out + i, load32le(a + i) ^ load32le(b + i));
@@ -102,14 +104,33 @@ Status cSymAlg::cbcEncrypt(cSymAlg* cipher, const std::uint8_t* iv, const std::u
     SecretBytes chain(blockSize);
     if (!chain) return CRYPT_E_NO_MEMORY;
     loadIv(chain.data(), iv, blockSize);
-    for (std::uint32_t left = static_cast<std::uint32_t>(length); left != 0; left -= blockSize) {
-        xorBytes(chain.data(), chain.data(), in, blockSize);
-        if constexpr (WORDSWAP) swapWords(chain.data(), blockSize, blockSize);
-        static_cast<void>(cipher->encryptBlocks(chain.data(), out, asLength(blockSize)));
-        if constexpr (WORDSWAP) swapWords(out, blockSize, blockSize);
-        std::memcpy(chain.data(), out, blockSize);
-        in += blockSize;
-        out += blockSize;
+    if (!WORDSWAP && cipher->chainedBlocks_ && length != 0) {
+        const std::uint32_t blocks = static_cast<std::uint32_t>(length) / blockSize;
+        cipher->chainedBlocks_->cbcEncrypt(*cipher, chain.data(), in, out, blocks);
+        return CRYPT_OK;
+    }
+    const auto run = [&](std::uint32_t size) __attribute__((always_inline))
+    {
+        for (std::uint32_t left = static_cast<std::uint32_t>(length); left != 0; left -= size) {
+            xorBytes(chain.data(), chain.data(), in, size);
+            if constexpr (WORDSWAP) swapWords(chain.data(), size, size);
+            static_cast<void>(cipher->encryptBlocks(chain.data(), out, asLength(size)));
+            if constexpr (WORDSWAP) swapWords(out, size, size);
+            std::memcpy(chain.data(), out, size);
+            in += size;
+            out += size;
+        }
+    };
+    // The sizes that there are, each with code of its own: the blocks are so short that a call to copy one counts.
+    switch (blockSize) {
+    case 8:
+        run(8);
+        break;
+    case 16:
+        run(16);
+        break;
+    default:
+        run(blockSize);
     }
     return CRYPT_OK;
 }
@@ -127,6 +148,10 @@ Status cSymAlg::cbcDecrypt(cSymAlg* cipher, const std::uint8_t* iv, const std::u
     SecretBytes saved(blockSize + batch);
     if (!saved) return CRYPT_E_NO_MEMORY;
     loadIv(saved.data(), iv, blockSize);
+    if (!WORDSWAP && cipher->chainedBlocks_ && length != 0) {
+        cipher->chainedBlocks_->cbcDecrypt(*cipher, saved.data(), in, out, left / blockSize);
+        return CRYPT_OK;
+    }
     while (left != 0) {
         const std::uint32_t size = std::min(left, batch);
         std::memcpy(saved.data() + blockSize, in, size);
@@ -198,7 +223,16 @@ Status cSymAlg::cfbEncrypt(cSymAlg* cipher, const std::uint8_t* iv, const std::u
     std::uint32_t blockSize = 0;
     if (const Status status = cipher->cfbStart(iv, in, out, length, &blockSize)) return status;
     if (blockSize == 0) return CRYPT_OK;
-    for (std::uint32_t left = static_cast<std::uint32_t>(length); left != 0;) {
+    std::uint32_t left = static_cast<std::uint32_t>(length);
+    if (cipher->chainedBlocks_ && left > blockSize) {
+        // The last block leaves the register as the mode defines it.
+        const std::uint32_t blocks = (left - 1) / blockSize;
+        cipher->chainedBlocks_->cfbEncrypt(*cipher, cipher->cfbRegister, in, out, blocks);
+        in += blocks * blockSize;
+        out += blocks * blockSize;
+        left -= blocks * blockSize;
+    }
+    while (left != 0) {
         const std::uint32_t size = std::min(left, blockSize);
         if (const Status status = cipher->cfbBlock<true>(in, out, size, blockSize)) return status;
         in += size;
@@ -215,6 +249,13 @@ Status cSymAlg::cfbDecrypt(cSymAlg* cipher, const std::uint8_t* iv, const std::u
     if (const Status status = cipher->cfbStart(iv, in, out, length, &blockSize)) return status;
     if (blockSize == 0 || length == 0) return CRYPT_OK;
     std::uint32_t left = static_cast<std::uint32_t>(length);
+    if (cipher->chainedBlocks_ && left > blockSize) {
+        const std::uint32_t blocks = (left - 1) / blockSize;
+        cipher->chainedBlocks_->cfbDecrypt(*cipher, cipher->cfbRegister, in, out, blocks);
+        in += blocks * blockSize;
+        out += blocks * blockSize;
+        left -= blocks * blockSize;
+    }
     // The keystream of a block is the encryption of the ciphertext before it, which is all there: whole batches at
     // once. The last block leaves the register as the mode defines it.
     if (const std::uint32_t batch = std::min(batchSize(blockSize), (left - 1) / blockSize * blockSize); batch != 0) {

@@ -28,6 +28,8 @@ inline constexpr std::uint32_t SYM_MODE_CBC_WORDSWAP =
     1;                                           // CBC with each 32-bit word byte-reversed around the transform
 inline constexpr std::uint32_t SYM_MODE_CFB = 2; // full-block feedback, any length
 
+struct ChainedBlocks;
+
 // cSymAlg: a keyed block cipher. A cipher supplies the three operations; the chaining is written once over them.
 class TB_API cSymAlg : public HeapObject
 {
@@ -74,8 +76,11 @@ public:
 protected:
     bool littleEndianBlocks = false;
 
+    // Not one of the fixed fields, and so behind them all: set by a cipher that does CBC and CFB itself.
+    const ChainedBlocks* chainedBlocks_ = nullptr;
+
 private:
-    // Not one of the fixed fields, and so behind them all: how many bytes to wipe in the register and its copy.
+    // How many bytes to wipe in the register and its copy.
     std::uint32_t cfbSize_ = 0;
 
     template <bool WORDSWAP>

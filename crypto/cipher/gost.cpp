@@ -4,25 +4,15 @@
 #include <bit>
 
 #include "crypto/base/bytes.h"
+#include "crypto/base/cpu.h"
 #include "crypto/cipher/creators.h"
+#include "crypto/cipher/gost_rounds.h"
 #include "crypto/cipher/member.h"
 
 namespace toolbelt {
 namespace {
 
 constexpr std::uint32_t KEY_BYTES = 32;
-
-// Box K1 serves bits 0 to 3 of a sum, K8 bits 28 to 31.
-constexpr std::uint8_t K[8][16] = {
-    {0xB, 0xC, 0x1, 0xA, 0x7, 0xE, 0x2, 0xD, 0x3, 0xF, 0x0, 0x5, 0x8, 0x4, 0x9, 0x6},
-    {0xF, 0xC, 0x6, 0xA, 0x7, 0xD, 0x0, 0x8, 0x5, 0x3, 0xB, 0x2, 0x4, 0xE, 0x1, 0x9},
-    {0x6, 0xD, 0xA, 0x2, 0x4, 0x9, 0x1, 0x5, 0xC, 0x7, 0x0, 0x8, 0x3, 0xF, 0xE, 0xB},
-    {0xD, 0xE, 0xA, 0xB, 0xF, 0x5, 0x3, 0xC, 0x1, 0x2, 0x0, 0x7, 0x4, 0x8, 0x6, 0x9},
-    {0x6, 0x2, 0x4, 0xC, 0xA, 0xD, 0x8, 0x3, 0x5, 0x9, 0xB, 0x7, 0x0, 0xE, 0xF, 0x1},
-    {0xE, 0x2, 0xD, 0x4, 0xB, 0x5, 0x7, 0xC, 0xA, 0x9, 0x8, 0x0, 0xF, 0x6, 0x1, 0x3},
-    {0x2, 0xC, 0x3, 0xB, 0x9, 0xD, 0xF, 0x7, 0x1, 0xE, 0x8, 0x6, 0x0, 0x4, 0x5, 0xA},
-    {0x7, 0xE, 0x8, 0xC, 0x3, 0xB, 0x1, 0x0, 0x4, 0x2, 0x5, 0xA, 0x6, 0x9, 0xF, 0xD},
-};
 
 // The boxes two by two, one table for each byte of the sum, with the rotation by 11 bits that follows done already.
 using ByteTable = std::array<std::uint32_t, 256>;
@@ -39,6 +29,7 @@ constexpr std::array<ByteTable, 4> substitution = [] {
 struct GOSTSchedule
 {
     std::uint32_t key[8];
+    WideBlocks* decryptWide;
 };
 
 std::uint32_t f(std::uint32_t sum)
@@ -47,23 +38,11 @@ std::uint32_t f(std::uint32_t sum)
            substitution[3][sum >> 24];
 }
 
-// The 32 rounds in pairs, so that the halves need not change places; the last round leaves them in place, which the
-// store undoes. The keys run upwards three times and downwards once, or upwards once and downwards three times.
 template <std::uint32_t UPWARDS>
 void transformBlock(const GOSTSchedule& schedule, const std::uint8_t* in, std::uint8_t* out)
 {
-    const std::uint32_t* key = schedule.key;
     std::uint32_t N1 = load32le(in), N2 = load32le(in + 4);
-    for (std::uint32_t pass = 0; pass < UPWARDS; ++pass)
-        for (std::uint32_t i = 0; i < 8; i += 2) {
-            N2 ^= f(N1 + key[i]);
-            N1 ^= f(N2 + key[i + 1]);
-        }
-    for (std::uint32_t pass = UPWARDS; pass < 4; ++pass)
-        for (std::uint32_t i = 8; i > 0; i -= 2) {
-            N2 ^= f(N1 + key[i - 1]);
-            N1 ^= f(N2 + key[i - 2]);
-        }
+    transformRounds<UPWARDS>(schedule.key, N1, N2, f);
     store32le(out, N2);
     store32le(out + 4, N1);
 }
@@ -86,8 +65,9 @@ public:
     }
     Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
     {
-        return forEachBlock<8>(in, out, length,
-                               [&key = *schedule](auto from, auto to) { transformBlock<1>(key, from, to); });
+        return forEachBlock<8>(
+            in, out, length, [&key = *schedule](auto from, auto to) { transformBlock<1>(key, from, to); },
+            schedule->decryptWide, schedule->key);
     }
 
     ScheduleOwner<GOSTSchedule> schedule;
@@ -98,8 +78,10 @@ cSymAlg* createGOST(const std::uint8_t* key, std::uint32_t keyLength)
     const PaddedKey<KEY_BYTES> padded(key, keyLength);
     if (!padded) return nullptr;
     auto cipher = newCipher<cAlgGOST>();
-    if (cipher)
+    if (cipher) {
         for (std::uint32_t i = 0; i < 8; ++i) cipher->schedule->key[i] = load32le(padded.data() + 4 * i);
+        cipher->schedule->decryptWide = cpu::has(cpu::AVX2) ? gostDecryptAvx2 : nullptr;
+    }
     return cipher.release();
 }
 

@@ -2,20 +2,21 @@
 // words, which are big-endian. Decryption is encryption under the inverse subkeys. No table is looked up and nothing
 // branches on the data.
 #include "crypto/base/bytes.h"
+#include "crypto/base/cpu.h"
 #include "crypto/cipher/creators.h"
+#include "crypto/cipher/idea_rounds.h"
 #include "crypto/cipher/member.h"
 
 namespace toolbelt {
 namespace {
 
 constexpr std::uint32_t KEY_BYTES = 16;
-constexpr std::uint32_t ROUNDS = 8;
-constexpr std::uint32_t SUBKEYS = 6 * ROUNDS + 4;
 
 struct IdeaSchedule
 {
     std::uint16_t encryption[SUBKEYS];
     std::uint16_t decryption[SUBKEYS];
+    WideBlocks* wide;
 };
 
 // The product modulo 65537, where 0 stands for 65536. As 65536 is -1, a product high * 65536 + low is low - high; and
@@ -73,27 +74,10 @@ void expandKey(IdeaSchedule& schedule, const std::uint8_t* key)
 
 void transformBlock(const std::uint16_t (&subkeys)[SUBKEYS], const std::uint8_t* in, std::uint8_t* out)
 {
-    const auto add = [](std::uint32_t a, std::uint32_t b) { return static_cast<std::uint16_t>(a + b); };
-    std::uint16_t x1 = load16be(in), x2 = load16be(in + 2), x3 = load16be(in + 4), x4 = load16be(in + 6);
-    const std::uint16_t* Z = subkeys;
-    for (std::uint32_t round = 0; round < ROUNDS; ++round, Z += 6) {
-        x1 = multiply(x1, Z[0]);
-        x2 = add(x2, Z[1]);
-        x3 = add(x3, Z[2]);
-        x4 = multiply(x4, Z[3]);
-        const std::uint16_t t = multiply(x1 ^ x3, Z[4]);
-        const std::uint16_t u = multiply(add(t, x2 ^ x4), Z[5]), v = add(t, u);
-        const std::uint16_t middle = x2 ^ v;
-        x1 ^= u;
-        x2 = x3 ^ u;
-        x3 = middle;
-        x4 ^= v;
-    }
-    // The last round does not exchange the middle words: take it back.
-    store16be(out, multiply(x1, Z[0]));
-    store16be(out + 2, add(x3, Z[1]));
-    store16be(out + 4, add(x2, Z[2]));
-    store16be(out + 6, multiply(x4, Z[3]));
+    std::uint16_t x[4];
+    for (std::uint32_t i = 0; i < 4; ++i) x[i] = load16be(in + 2 * i);
+    transformRounds(subkeys, x, multiply);
+    for (std::uint32_t i = 0; i < 4; ++i) store16be(out + 2 * i, x[i]);
 }
 
 } // namespace
@@ -109,13 +93,15 @@ public:
     }
     Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
     {
-        return forEachBlock<8>(in, out, length,
-                               [&key = *schedule](auto from, auto to) { transformBlock(key.encryption, from, to); });
+        return forEachBlock<8>(
+            in, out, length, [&key = *schedule](auto from, auto to) { transformBlock(key.encryption, from, to); },
+            schedule->wide, schedule->encryption);
     }
     Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
     {
-        return forEachBlock<8>(in, out, length,
-                               [&key = *schedule](auto from, auto to) { transformBlock(key.decryption, from, to); });
+        return forEachBlock<8>(
+            in, out, length, [&key = *schedule](auto from, auto to) { transformBlock(key.decryption, from, to); },
+            schedule->wide, schedule->decryption);
     }
 
     ScheduleOwner<IdeaSchedule> schedule;
@@ -126,7 +112,10 @@ cSymAlg* createIdea(const std::uint8_t* key, std::uint32_t keyLength)
     const PaddedKey<KEY_BYTES> padded(key, keyLength);
     if (!padded) return nullptr;
     auto cipher = newCipher<cAlgIdea>();
-    if (cipher) expandKey(*cipher->schedule, padded.data());
+    if (cipher) {
+        expandKey(*cipher->schedule, padded.data());
+        cipher->schedule->wide = cpu::has(cpu::AVX2) ? ideaTransformAvx2 : nullptr;
+    }
     return cipher.release();
 }
 

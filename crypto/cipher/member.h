@@ -8,6 +8,7 @@
 
 #include "crypto/base/heap.h"
 #include "crypto/cipher/cipher.h"
+#include "crypto/cipher/wide.h"
 
 namespace toolbelt {
 
@@ -67,12 +68,16 @@ private:
 };
 
 // Calls transform(from, to) for each block. A transform reads its whole block before it writes, so in and out may be
-// the same buffer.
+// the same buffer. The leading blocks go to a wide twin, if there is one, with its keys.
 template <std::uint32_t BLOCK_SIZE, typename Transform>
-Status forEachBlock(const std::uint8_t* in, std::uint8_t* out, std::int32_t length, Transform transform)
+Status forEachBlock(const std::uint8_t* in, std::uint8_t* out, std::int32_t length, Transform transform,
+                    WideBlocks* wide = nullptr, const void* keys = nullptr)
 {
     if (length < 0 || static_cast<std::uint32_t>(length) % BLOCK_SIZE != 0) return CRYPT_E_BAD_LENGTH;
-    for (std::uint32_t at = 0; at < static_cast<std::uint32_t>(length); at += BLOCK_SIZE) transform(in + at, out + at);
+    const std::uint32_t done =
+        wide ? wide(keys, in, out, static_cast<std::uint32_t>(length) / BLOCK_SIZE) * BLOCK_SIZE : 0;
+    for (std::uint32_t at = done; at < static_cast<std::uint32_t>(length); at += BLOCK_SIZE)
+        transform(in + at, out + at);
     return CRYPT_OK;
 }
 

@@ -3,14 +3,14 @@
 #include <bit>
 
 #include "crypto/base/bytes.h"
+#include "crypto/base/cpu.h"
 #include "crypto/cipher/creators.h"
 #include "crypto/cipher/member.h"
+#include "crypto/cipher/rc6_rounds.h"
 
 namespace toolbelt {
 namespace {
 
-constexpr std::uint32_t ROUNDS = 20;
-constexpr std::uint32_t KEY_WORDS = 2 * ROUNDS + 4;
 constexpr std::uint32_t LARGEST_KEY = 255;
 constexpr std::uint32_t P32 = 0xB7E15163; // from the base of the natural logarithm
 constexpr std::uint32_t Q32 = 0x9E3779B9; // from the golden ratio
@@ -18,16 +18,8 @@ constexpr std::uint32_t Q32 = 0x9E3779B9; // from the golden ratio
 struct RC6Schedule
 {
     std::uint32_t S[KEY_WORDS];
+    WideBlocks* decryptWide;
 };
-
-std::uint32_t rotl(std::uint32_t word, std::uint32_t by)
-{
-    return std::rotl(word, static_cast<int>(by & 31));
-}
-std::uint32_t rotr(std::uint32_t word, std::uint32_t by)
-{
-    return std::rotr(word, static_cast<int>(by & 31));
-}
 
 void expandKey(RC6Schedule& schedule, const std::uint8_t* key, std::uint32_t keyLength)
 {
@@ -42,17 +34,11 @@ void expandKey(RC6Schedule& schedule, const std::uint8_t* key, std::uint32_t key
 
     std::uint32_t A = 0, B = 0;
     for (std::uint32_t s = 0, i = 0, j = 0; s < 3 * std::max(c, KEY_WORDS); ++s) {
-        A = S[i] = rotl(S[i] + A + B, 3);
+        A = S[i] = std::rotl(S[i] + A + B, 3);
         B = L[j] = rotl(L[j] + A + B, A + B);
         if (++i == KEY_WORDS) i = 0;
         if (++j == c) j = 0;
     }
-}
-
-// f(x) = x(2x + 1) rotated left by lg 32: what makes the rotation amounts depend on all bits of a word.
-std::uint32_t f(std::uint32_t x)
-{
-    return rotl(x * (2 * x + 1), 5);
 }
 
 void encryptBlock(const RC6Schedule& schedule, const std::uint8_t* in, std::uint8_t* out)
@@ -79,24 +65,10 @@ void encryptBlock(const RC6Schedule& schedule, const std::uint8_t* in, std::uint
 
 void decryptBlock(const RC6Schedule& schedule, const std::uint8_t* in, std::uint8_t* out)
 {
-    const std::uint32_t* S = schedule.S;
-    std::uint32_t A = load32le(in), B = load32le(in + 4), C = load32le(in + 8), D = load32le(in + 12);
-    C -= S[KEY_WORDS - 1];
-    A -= S[KEY_WORDS - 2];
-    for (std::uint32_t i = ROUNDS; i >= 1; --i) {
-        const std::uint32_t t = f(A), u = f(C); // A and C came out of the round as B and D went in
-        const std::uint32_t oldC = rotr(B - S[2 * i + 1], t) ^ u;
-        B = A;
-        A = rotr(D - S[2 * i], u) ^ t;
-        D = C;
-        C = oldC;
-    }
-    D -= S[1];
-    B -= S[0];
-    store32le(out, A);
-    store32le(out + 4, B);
-    store32le(out + 8, C);
-    store32le(out + 12, D);
+    std::uint32_t x[4];
+    for (std::uint32_t i = 0; i < 4; ++i) x[i] = load32le(in + 4 * i);
+    decryptRounds(schedule.S, x);
+    for (std::uint32_t i = 0; i < 4; ++i) store32le(out + 4 * i, x[i]);
 }
 
 } // namespace
@@ -118,8 +90,9 @@ public:
     }
     Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
     {
-        return forEachBlock<16>(in, out, length,
-                                [&key = *schedule](auto from, auto to) { decryptBlock(key, from, to); });
+        return forEachBlock<16>(
+            in, out, length, [&key = *schedule](auto from, auto to) { decryptBlock(key, from, to); },
+            schedule->decryptWide, schedule->S);
     }
 
     ScheduleOwner<RC6Schedule> schedule;
@@ -130,7 +103,10 @@ cSymAlg* createRC6(const std::uint8_t* key, std::uint32_t keyLength)
 {
     if (key == nullptr || keyLength == 0 || keyLength > LARGEST_KEY) return nullptr;
     auto cipher = newCipher<cAlgRC6>(keyLength);
-    if (cipher) expandKey(*cipher->schedule, key, keyLength);
+    if (cipher) {
+        expandKey(*cipher->schedule, key, keyLength);
+        cipher->schedule->decryptWide = cpu::has(cpu::AVX2) ? rc6DecryptAvx2 : nullptr;
+    }
     return cipher.release();
 }
 

@@ -3,10 +3,11 @@
 // table routine and the AES instructions alike.
 #include "crypto/base/bytes.h"
 #include "crypto/base/cpu.h"
+#include "crypto/cipher/chained_blocks.h"
 #include "crypto/cipher/creators.h"
 #include "crypto/cipher/gf256.h"
 #include "crypto/cipher/member.h"
-#include "crypto/cipher/rijndael_aesni.h"
+#include "crypto/cipher/rijndael_tiers.h"
 
 namespace toolbelt {
 namespace {
@@ -41,7 +42,7 @@ struct RijndaelSchedule
     std::uint32_t encryption[4 * (MOST_ROUNDS + 1)];
     std::uint32_t decryption[4 * (MOST_ROUNDS + 1)]; // of the equivalent inverse cipher, in the order of their use
     std::uint32_t rounds;
-    bool instructions; // the AES instructions do the rounds
+    const RijndaelTier* tier; // what does the rounds; null: the tables
 };
 
 std::uint32_t subWord(std::uint32_t w)
@@ -65,15 +66,18 @@ void expandKey(RijndaelSchedule& schedule, const std::uint8_t* key, std::uint32_
     std::uint32_t* w = schedule.encryption;
     std::memcpy(w, key, keyLength);
     std::uint32_t rcon = 1;
-    for (std::uint32_t i = Nk; i < words; ++i) {
-        std::uint32_t temp = w[i - 1];
-        if (i % Nk == 0) {
-            temp = subWord(std::rotr(temp, 8)) ^ rcon;
-            rcon = gfMultiply(rcon, 2, RIJNDAEL_POLYNOMIAL);
-        } else if (Nk > 6 && i % Nk == 4) {
-            temp = subWord(temp);
+    std::uint32_t temp = w[Nk - 1];
+    for (std::uint32_t i = Nk; i < words; i += Nk) {
+        temp = subWord(std::rotr(temp, 8)) ^ rcon;
+        rcon = rcon << 1 ^ (rcon & 0x80 ? RIJNDAEL_POLYNOMIAL : 0);
+        for (std::uint32_t j = i; j < std::min(i + Nk, words); ++j) {
+            if (Nk > 6 && j == i + 4) temp = subWord(temp);
+            temp = w[j] = w[j - Nk] ^ temp;
         }
-        w[i] = w[i - Nk] ^ temp;
+    }
+    if (schedule.tier) {
+        rijndaelInvertKeysAesni(schedule.decryption, w, schedule.rounds);
+        return;
     }
     for (std::uint32_t i = 0; i < words; ++i) {
         const bool outer = i < 4 || i >= words - 4;
@@ -135,8 +139,8 @@ public:
     {
         if (length < 0 || length % 16 != 0) return CRYPT_E_BAD_LENGTH;
         const RijndaelSchedule& key = *schedule;
-        if (key.instructions) {
-            rijndaelEncryptAesni(key.encryption, key.rounds, in, out, static_cast<std::uint32_t>(length) / 16);
+        if (key.tier) {
+            key.tier->encrypt(key.encryption, key.rounds, in, out, static_cast<std::uint32_t>(length) / 16);
             return CRYPT_OK;
         }
         return forEachBlock<16>(in, out, length, [&key](auto from, auto to) {
@@ -147,8 +151,8 @@ public:
     {
         if (length < 0 || length % 16 != 0) return CRYPT_E_BAD_LENGTH;
         const RijndaelSchedule& key = *schedule;
-        if (key.instructions) {
-            rijndaelDecryptAesni(key.decryption, key.rounds, in, out, static_cast<std::uint32_t>(length) / 16);
+        if (key.tier) {
+            key.tier->decrypt(key.decryption, key.rounds, in, out, static_cast<std::uint32_t>(length) / 16);
             return CRYPT_OK;
         }
         return forEachBlock<16>(in, out, length, [&key](auto from, auto to) {
@@ -156,22 +160,56 @@ public:
         });
     }
 
+    // The routine of the tier is chosen here, when the object is built.
+    void chooseTier() noexcept
+    {
+        static constexpr ChainedBlocks chained = {
+            [](const cSymAlg& self, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out,
+               std::uint32_t blocks) {
+                const RijndaelSchedule& key = scheduleOf(self);
+                rijndaelCbcEncryptAesni(key.encryption, key.rounds, chain, in, out, blocks);
+            },
+            [](const cSymAlg& self, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out,
+               std::uint32_t blocks) {
+                const RijndaelSchedule& key = scheduleOf(self);
+                key.tier->cbcDecrypt(key.decryption, key.rounds, chain, in, out, blocks);
+            },
+            [](const cSymAlg& self, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out,
+               std::uint32_t blocks) {
+                const RijndaelSchedule& key = scheduleOf(self);
+                rijndaelCfbEncryptAesni(key.encryption, key.rounds, chain, in, out, blocks);
+            },
+            [](const cSymAlg& self, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out,
+               std::uint32_t blocks) {
+                const RijndaelSchedule& key = scheduleOf(self);
+                key.tier->cfbDecrypt(key.encryption, key.rounds, chain, in, out, blocks);
+            },
+        };
+        const bool instructions = cpu::has(cpu::AES | cpu::SSE2);
+        schedule->tier = !instructions ? nullptr : cpu::has(cpu::VAES) ? &rijndaelVaes : &rijndaelAesni;
+        if (instructions) chainedBlocks_ = &chained;
+    }
+    static const RijndaelSchedule& scheduleOf(const cSymAlg& self)
+    {
+        return *static_cast<const cAlgRIJN&>(self).schedule;
+    }
+
     ScheduleOwner<RijndaelSchedule> schedule;
 };
 
-bool rijndaelUsesAesni(const cSymAlg& rijndael) noexcept
+const RijndaelTier* rijndaelTier(const cSymAlg& rijndael) noexcept
 {
-    return static_cast<const cAlgRIJN&>(rijndael).schedule->instructions;
+    return cAlgRIJN::scheduleOf(rijndael).tier;
 }
 
-// Lengths of 128, 192 and 256 are in bits. The routine is chosen when the object is built.
+// Lengths of 128, 192 and 256 are in bits.
 cSymAlg* createRIJN(const std::uint8_t* key, std::uint32_t keyLength)
 {
     if (keyLength == 128 || keyLength == 192 || keyLength == 256) keyLength /= 8;
     if (key == nullptr || (keyLength != 16 && keyLength != 24 && keyLength != 32)) return nullptr;
     auto cipher = newCipher<cAlgRIJN>();
     if (cipher) {
-        cipher->schedule->instructions = cpu::has(cpu::AES | cpu::SSE2);
+        cipher->chooseTier();
         expandKey(*cipher->schedule, key, keyLength);
     }
     return cipher.release();

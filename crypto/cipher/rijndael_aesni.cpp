@@ -1,75 +1,55 @@
-// Rijndael on AES instructions: compiled with flags of its own, so it shares no inline function with other files.
-#include "crypto/cipher/rijndael_aesni.h"
-
-#include <wmmintrin.h>
+// Rijndael on AES instructions, a block a register: compiled with flags of its own.
+#include "crypto/cipher/rijndael_vector.h"
 
 namespace toolbelt {
 namespace {
 
-// Blocks side by side, to hide the latency of the instructions: 32-bit code has eight vector registers, and one holds
-// the round key.
-constexpr int WIDTH = 6;
-
-__m128i load(const void* from)
+// The encryption of CBC and of CFB: each block waits for the one before. What can be done without it is done aside.
+template <Chain CHAIN>
+void encryptChained(const std::uint32_t* keys, std::uint32_t rounds, std::uint8_t* chain, const std::uint8_t* in,
+                    std::uint8_t* out, std::uint32_t blocks)
 {
-    return _mm_loadu_si128(static_cast<const __m128i*>(from));
-}
-void store(void* to, __m128i value)
-{
-    _mm_storeu_si128(static_cast<__m128i*>(to), value);
-}
-
-struct Encryption
-{
-    static __m128i round(__m128i state, __m128i key) { return _mm_aesenc_si128(state, key); }
-    static __m128i last(__m128i state, __m128i key) { return _mm_aesenclast_si128(state, key); }
-};
-
-struct Decryption
-{
-    static __m128i round(__m128i state, __m128i key) { return _mm_aesdec_si128(state, key); }
-    static __m128i last(__m128i state, __m128i key) { return _mm_aesdeclast_si128(state, key); }
-};
-
-template <typename Direction, int COUNT>
-void transformGroup(const std::uint32_t* keys, std::uint32_t rounds, const std::uint8_t* in, std::uint8_t* out)
-{
-    __m128i state[COUNT];
-    __m128i key = load(keys);
-#pragma GCC unroll 8
-    for (int i = 0; i < COUNT; ++i) state[i] = _mm_xor_si128(load(in + 16 * i), key);
-    for (; rounds > 1; --rounds) {
-        keys += 4;
-        key = load(keys);
-#pragma GCC unroll 8
-        for (int i = 0; i < COUNT; ++i) state[i] = Direction::round(state[i], key);
+    const __m128i firstKey = OneBlock::load(keys), lastKey = OneBlock::load(keys + 4 * rounds);
+    __m128i before = OneBlock::load(chain);
+    for (; blocks != 0; --blocks, in += BLOCK, out += BLOCK) {
+        const __m128i text = OneBlock::load(in);
+        __m128i state = CHAIN == Chain::CBC ? OneBlock::xored(before, OneBlock::xored(text, firstKey))
+                                            : OneBlock::xored(before, firstKey);
+        for (std::uint32_t i = 1; i < rounds; ++i) state = OneBlock::encrypt(state, OneBlock::load(keys + 4 * i));
+        before = OneBlock::encryptLast(state, CHAIN == Chain::CBC ? lastKey : OneBlock::xored(lastKey, text));
+        OneBlock::store(out, before);
     }
-    key = load(keys + 4);
-#pragma GCC unroll 8
-    for (int i = 0; i < COUNT; ++i) store(out + 16 * i, Direction::last(state[i], key));
-}
-
-template <typename Direction>
-void transform(const std::uint32_t* keys, std::uint32_t rounds, const std::uint8_t* in, std::uint8_t* out,
-               std::uint32_t blocks)
-{
-    for (; blocks >= WIDTH; blocks -= WIDTH, in += 16 * WIDTH, out += 16 * WIDTH)
-        transformGroup<Direction, WIDTH>(keys, rounds, in, out);
-    for (; blocks != 0; --blocks, in += 16, out += 16) transformGroup<Direction, 1>(keys, rounds, in, out);
+    OneBlock::store(chain, before);
 }
 
 } // namespace
 
-void rijndaelEncryptAesni(const std::uint32_t* keys, std::uint32_t rounds, const std::uint8_t* in, std::uint8_t* out,
-                          std::uint32_t blocks)
+const RijndaelTier rijndaelAesni = {
+    transformBlocks<OneBlock, Direction::ENCRYPT>,
+    transformBlocks<OneBlock, Direction::DECRYPT>,
+    decryptChained<OneBlock, Direction::DECRYPT, Chain::CBC>,
+    decryptChained<OneBlock, Direction::ENCRYPT, Chain::CFB>,
+};
+
+void rijndaelCbcEncryptAesni(const std::uint32_t* keys, std::uint32_t rounds, std::uint8_t* chain,
+                             const std::uint8_t* in, std::uint8_t* out, std::uint32_t blocks)
 {
-    transform<Encryption>(keys, rounds, in, out, blocks);
+    encryptChained<Chain::CBC>(keys, rounds, chain, in, out, blocks);
 }
 
-void rijndaelDecryptAesni(const std::uint32_t* keys, std::uint32_t rounds, const std::uint8_t* in, std::uint8_t* out,
-                          std::uint32_t blocks)
+void rijndaelCfbEncryptAesni(const std::uint32_t* keys, std::uint32_t rounds, std::uint8_t* chain,
+                             const std::uint8_t* in, std::uint8_t* out, std::uint32_t blocks)
 {
-    transform<Decryption>(keys, rounds, in, out, blocks);
+    encryptChained<Chain::CFB>(keys, rounds, chain, in, out, blocks);
+}
+
+void rijndaelInvertKeysAesni(std::uint32_t* decryption, const std::uint32_t* encryption, std::uint32_t rounds)
+{
+    const std::uint32_t* last = encryption + 4 * rounds;
+    OneBlock::store(decryption, OneBlock::load(last));
+    for (std::uint32_t i = 1; i < rounds; ++i)
+        OneBlock::store(decryption + 4 * i, _mm_aesimc_si128(OneBlock::load(last - 4 * i)));
+    OneBlock::store(decryption + 4 * rounds, OneBlock::load(encryption));
 }
 
 } // namespace toolbelt

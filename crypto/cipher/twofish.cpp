@@ -65,21 +65,23 @@ struct TwofishSchedule
     std::uint32_t K[40]; // 4 words of input whitening, 4 of output whitening, 2 a round
 };
 
-// The chain of byte permutations for byte position `column` of h, from the list L of four words.
-std::uint32_t hByte(std::uint32_t column, std::uint32_t x, const std::uint32_t (&L)[4])
+// What byte position COLUMN of h adds to the word, from the list L of four words: a chain of byte permutations, then
+// the matrix.
+template <std::uint32_t COLUMN>
+[[gnu::always_inline]] inline std::uint32_t hByte(std::uint32_t x, const std::uint32_t (&L)[4])
 {
-    static constexpr const ByteBox* order[4][5] = {
-        {&q1, &q1, &q0, &q0, &q1}, {&q0, &q1, &q1, &q0, &q0}, {&q0, &q0, &q0, &q1, &q1}, {&q1, &q0, &q1, &q1, &q0}};
-    for (std::uint32_t step = 0; step < 4; ++step)
-        x = std::uint32_t((*order[column][step])[x]) ^ (L[3 - step] >> 8 * column & 255);
-    return (*order[column][4])[x];
+    constexpr bool SECOND[4][5] = {{1, 1, 0, 0, 1}, {0, 1, 1, 0, 0}, {0, 0, 0, 1, 1}, {1, 0, 1, 1, 0}}; // q1, not q0
+    const auto byteOf = [](std::uint32_t word) { return word >> 8 * COLUMN & 255; };
+    x = (SECOND[COLUMN][0] ? q1 : q0)[x] ^ byteOf(L[3]);
+    x = (SECOND[COLUMN][1] ? q1 : q0)[x] ^ byteOf(L[2]);
+    x = (SECOND[COLUMN][2] ? q1 : q0)[x] ^ byteOf(L[1]);
+    x = (SECOND[COLUMN][3] ? q1 : q0)[x] ^ byteOf(L[0]);
+    return mds[COLUMN][(SECOND[COLUMN][4] ? q1 : q0)[x]];
 }
 
 std::uint32_t h(std::uint32_t byte, const std::uint32_t (&L)[4])
 {
-    std::uint32_t word = 0;
-    for (std::uint32_t column = 0; column < 4; ++column) word ^= mds[column][hByte(column, byte, L)];
-    return word;
+    return hByte<0>(byte, L) ^ hByte<1>(byte, L) ^ hByte<2>(byte, L) ^ hByte<3>(byte, L);
 }
 
 // A word of the S-box key: eight bytes of the key times the Reed-Solomon matrix.
@@ -112,8 +114,12 @@ void expandKey(TwofishSchedule& schedule, const std::uint8_t* key)
         schedule.K[2 * i] = A + B;
         schedule.K[2 * i + 1] = std::rotl(A + 2 * B, 9);
     }
-    for (std::uint32_t column = 0; column < 4; ++column)
-        for (std::uint32_t x = 0; x < 256; ++x) schedule.s[column][x] = mds[column][hByte(column, x, Sg)];
+    for (std::uint32_t x = 0; x < 256; ++x) {
+        schedule.s[0][x] = hByte<0>(x, Sg);
+        schedule.s[1][x] = hByte<1>(x, Sg);
+        schedule.s[2][x] = hByte<2>(x, Sg);
+        schedule.s[3][x] = hByte<3>(x, Sg);
+    }
 }
 
 std::uint32_t g(const TwofishSchedule& key, std::uint32_t x)

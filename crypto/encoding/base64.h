@@ -16,7 +16,7 @@ inline constexpr std::int32_t BASE64_PAD = 64;
 // Switches the whole process to another default alphabet, of 65 characters that stay valid; null restores the standard
 // one. Returns the one before. Nothing locks it: set it while no other thread codes.
 TB_API const char* setDefaultAlphabet(const char* alphabet);
-TB_API const char* defaultAlphabet();
+const char* defaultAlphabet();
 
 // The highest position of the character in the alphabet, -1 when it is not there.
 TB_API std::int32_t base64Index(char character, const char* alphabet = nullptr);

@@ -3,8 +3,10 @@
 #include <array>
 #include <cstring>
 
+#include "crypto/base/cpu.h"
 #include "crypto/base/heap.h"
 #include "crypto/encoding/base64.h"
+#include "crypto/encoding/base64_avx2.h"
 #include "crypto/encoding/base64_text.h"
 #include "crypto/encoding/crc24.h"
 
@@ -35,8 +37,9 @@ constexpr Classes standardClasses = classify(BASE64_STANDARD_ALPHABET);
 class Input
 {
 public:
-    Input(const char* text, std::uint32_t length, const Classes& classes)
-        : text_(text), length_(length), classes_(classes)
+    // vector: long runs of digits are done by the vector routines, which know the standard alphabet alone.
+    Input(const char* text, std::uint32_t length, const Classes& classes, bool vector)
+        : text_(text), length_(length), classes_(classes), vector_(vector)
     {}
 
     bool atEnd() const { return position_ == length_; }
@@ -56,6 +59,16 @@ public:
         position_ += 4;
         return true;
     }
+    // Takes a long run of digits, which starts at a group, and returns their number; writes their bytes when output is
+    // given. 0: what follows is no such run.
+    std::uint32_t nextRun(std::uint8_t* output, std::uint32_t room)
+    {
+        if (!vector_ || remaining() < BASE64_RUN_DIGITS) return 0;
+        const Base64Run run =
+            output ? base64DecodeAvx2(output, room, here(), remaining()) : base64MeasureAvx2(here(), remaining());
+        position_ += run.characters;
+        return run.digits;
+    }
     // Skips what may stand between a line break and the text of the next line.
     void skipBlanks()
     {
@@ -72,6 +85,7 @@ private:
     std::uint32_t length_;
     const Classes& classes_;
     std::uint32_t position_ = 0;
+    bool vector_;
 };
 
 // The size pass: how many bytes the digits before the checksum line stand for.
@@ -81,6 +95,11 @@ Status decodedSize(Input input, std::uint32_t& size)
     bool atLineStart = true;
     while (!input.atEnd()) {
         std::uint32_t group;
+        if (const std::uint32_t run = input.nextRun(nullptr, 0)) {
+            digits += run;
+            atLineStart = false;
+            continue;
+        }
         if (input.nextFour(group)) {
             digits += 4;
             atLineStart = false;
@@ -131,6 +150,13 @@ Status Decoder::run(Input& input)
     std::uint32_t digits = 0; // of the group that has begun
     bool atLineStart = true;
     while (!input.atEnd()) {
+        if (const std::uint32_t run = digits == 0 ? input.nextRun(output + written, size - written) : 0) {
+            written += run / 4 * 3;
+            accumulator = std::uint32_t(output[written - 3]) << 16 | std::uint32_t(output[written - 2]) << 8 |
+                          output[written - 1];
+            atLineStart = false;
+            continue;
+        }
         if (digits == 0 && input.nextFour(accumulator)) {
             if (!putGroup(accumulator)) return TEXT_E_MALFORMED;
             atLineStart = false;
@@ -193,10 +219,12 @@ Status base64Decode(std::uint8_t* output, std::uint32_t* inOutSize, const char* 
 {
     alphabet = alphabetOrDefault(alphabet);
     // Other alphabets are classified for each call, which costs little against the searches it replaces.
-    if (std::memcmp(alphabet, BASE64_STANDARD_ALPHABET, PAD + 1) == 0)
-        return decode(output, inOutSize, {text, textLength, standardClasses}, alphabet, consumed);
+    if (isStandardAlphabet(alphabet)) {
+        const Input input(text, textLength, standardClasses, cpu::has(cpu::AVX2));
+        return decode(output, inOutSize, input, alphabet, consumed);
+    }
     const Classes classes = classify(alphabet);
-    return decode(output, inOutSize, {text, textLength, classes}, alphabet, consumed);
+    return decode(output, inOutSize, {text, textLength, classes, false}, alphabet, consumed);
 }
 
 } // namespace toolbelt

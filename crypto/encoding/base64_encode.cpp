@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "crypto/base/cpu.h"
 #include "crypto/encoding/base64.h"
+#include "crypto/encoding/base64_avx2.h"
 #include "crypto/encoding/base64_text.h"
 #include "crypto/encoding/crc24.h"
 
@@ -97,6 +99,12 @@ char* putBytes(char* output, const std::uint8_t* data, std::uint32_t length, con
 
 char* putBody(char* output, const std::uint8_t* data, std::uint32_t length, const char* alphabet, bool breaks)
 {
+    if (cpu::has(cpu::AVX2) && isStandardAlphabet(alphabet)) {
+        const std::uint32_t done = base64EncodeAvx2(output, data, length, breaks);
+        output += done / LINE_BYTES * (BASE64_LINE_LENGTH + (breaks ? sizeof LINE_END : 0));
+        data += done;
+        length -= done;
+    }
     if (!breaks) return putBytes(output, data, length, alphabet);
     while (length != 0) {
         const std::uint32_t line = std::min(length, LINE_BYTES);

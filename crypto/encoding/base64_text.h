@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 #include "crypto/encoding/base64.h"
 
@@ -12,6 +13,11 @@ inline constexpr std::uint32_t BASE64_NO_VALUE = 0xFFFFFFFF; // no checksum equa
 
 // The 24-bit value of four characters, BASE64_NO_VALUE when one of them is not a digit of the alphabet.
 std::uint32_t readChecksum(const char* characters, const char* alphabet);
+
+inline bool isStandardAlphabet(const char* alphabet)
+{
+    return std::memcmp(alphabet, BASE64_STANDARD_ALPHABET, BASE64_PAD + 1) == 0;
+}
 
 inline const char* alphabetOrDefault(const char* alphabet)
 {

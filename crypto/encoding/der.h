@@ -93,7 +93,7 @@ struct AlgorithmIdentifier
 };
 
 // One attribute of a distinguished name.
-struct TB_API NameAttribute : HeapObject
+struct NameAttribute : HeapObject
 {
     NameAttribute* next = nullptr;
     char* oid = nullptr;   // dotted text, owned

@@ -38,6 +38,13 @@ struct CountedBuffer : BlockBuffer<State, BLOCK>
 template <typename State>
 using Compress = void(State& state, const std::uint8_t* blocks, std::uint32_t count);
 
+// The context of a digest whose routine depends on the processor; chosen when the object is built, kept by a reset.
+template <typename Buffer>
+struct TieredBuffer : Buffer
+{
+    Compress<decltype(Buffer::state)>* compress;
+};
+
 // What becomes of a block that is full while no byte behind it has come yet.
 enum class FullBlock
 {

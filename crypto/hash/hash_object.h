@@ -2,7 +2,8 @@
 //
 //   using cHashMD5 = HashObject<Md5Context, 16, Release::AS_IS, md5Reset, md5Update, md5Final>;
 //
-// The object owns its context, a plain structure of its own block on the engine's heap.
+// The object owns its context, a plain structure of its own block on the engine's heap. A digest with faster twins of
+// its compression has the one to use in its context and names, last, the routine that chooses it for the processor.
 #pragma once
 
 #include <cstdint>
@@ -29,8 +30,14 @@ template <typename Context>
     return *context != nullptr ? CRYPT_OK : CRYPT_E_CONTEXT_ALLOC;
 }
 
+// A core without tiers has nothing to choose.
+template <typename Context>
+void chooseNothing(Context*)
+{}
+
 template <typename Context, std::uint32_t DIGEST_SIZE, Release RELEASE, Status (*RESET)(Context*),
-          Status (*UPDATE)(Context*, const std::uint8_t*, std::uint32_t), Status (*FINAL)(Context*, std::uint8_t*)>
+          Status (*UPDATE)(Context*, const std::uint8_t*, std::uint32_t), Status (*FINAL)(Context*, std::uint8_t*),
+          void (*CHOOSE)(Context*) = chooseNothing<Context>>
 class HashObject final : public cHashAlg
 {
     static_assert(std::is_trivially_copyable_v<Context> && std::is_trivially_default_constructible_v<Context>);
@@ -43,10 +50,12 @@ public:
     {
         HashObject* object = new (std::nothrow) HashObject;
         if (object == nullptr) return nullptr;
-        if (allocateContext(&object->context_) != CRYPT_OK || object->reset() != CRYPT_OK) {
+        if (allocateContext(&object->context_) != CRYPT_OK) {
             delete object;
             return nullptr;
         }
+        CHOOSE(object->context_);
+        (void)object->reset();
         return object;
     }
 

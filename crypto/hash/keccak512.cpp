@@ -5,47 +5,14 @@
 #include <cstring>
 
 #include "crypto/base/bytes.h"
+#include "crypto/base/cpu.h"
+#include "crypto/hash/keccak512_tables.h"
 #include "crypto/hash/unroll.h"
 
 namespace toolbelt {
 namespace {
 
-constexpr std::uint32_t RATE = 72;
-constexpr std::uint32_t ROUNDS = 24;
-
-// Where pi moves lane (x, y): to (y, 2x + 3y).
-constexpr std::uint32_t movedLane(std::uint32_t lane)
-{
-    const std::uint32_t x = lane % 5, y = lane / 5;
-    return y + 5 * ((2 * x + 3 * y) % 5);
-}
-
-// Rotations of rho: the triangular numbers, along the path that pi takes from lane (1, 0) on.
-constexpr std::array<int, 25> makeRotations()
-{
-    std::array<int, 25> rotations = {};
-    std::uint32_t lane = 1;
-    for (int t = 0; t < 24; ++t) {
-        rotations[lane] = (t + 1) * (t + 2) / 2 % 64;
-        lane = movedLane(lane);
-    }
-    return rotations;
-}
-constexpr std::array<int, 25> ROTATIONS = makeRotations();
-
-// Constants of iota: the output of the register x^8 + x^6 + x^5 + x^4 + 1, seven bits a round, at bits 2^j - 1.
-constexpr std::array<std::uint64_t, ROUNDS> makeConstants()
-{
-    std::array<std::uint64_t, ROUNDS> constants = {};
-    std::uint32_t shifted = 1;
-    for (std::uint64_t& constant : constants)
-        for (std::uint32_t j = 0; j < 7; ++j) {
-            if (shifted & 1) constant |= 1ull << ((1u << j) - 1);
-            shifted = shifted << 1 ^ (shifted & 0x80 ? 0x171 : 0);
-        }
-    return constants;
-}
-constexpr std::array<std::uint64_t, ROUNDS> CONSTANTS = makeConstants();
+constexpr std::uint32_t RATE = KECCAK_RATE;
 
 struct Work
 {
@@ -56,7 +23,7 @@ struct Work
 
 void permute(KeccakState& a, Work& work)
 {
-    for (const std::uint64_t constant : CONSTANTS) {
+    for (const std::uint64_t constant : KECCAK_CONSTANTS) {
         // theta
         unroll<5>([&]<std::uint32_t X>() __attribute__((always_inline)) {
             work.column[X] = a[X] ^ a[X + 5] ^ a[X + 10] ^ a[X + 15] ^ a[X + 20];
@@ -66,7 +33,7 @@ void permute(KeccakState& a, Work& work)
         });
         // rho and pi
         unroll<25>([&]<std::uint32_t I>() __attribute__((always_inline)) {
-            work.moved[movedLane(I)] = std::rotl(a[I] ^ work.effect[I % 5], ROTATIONS[I]);
+            work.moved[KECCAK_MOVES[I]] = std::rotl(a[I] ^ work.effect[I % 5], KECCAK_ROTATIONS[I]);
         });
         // chi
         unroll<25>([&]<std::uint32_t I>() __attribute__((always_inline)) {
@@ -90,6 +57,11 @@ void keccak512Absorb(KeccakState& lanes, const std::uint8_t* blocks, std::uint32
     }
 }
 
+void keccak512Choose(Keccak512Context* context)
+{
+    context->absorb = cpu::has(cpu::SSE2) ? keccak512AbsorbSse2 : keccak512Absorb;
+}
+
 Status keccak512Reset(Keccak512Context* context)
 {
     if (context == nullptr) return CRYPT_E_NULL_CONTEXT;
@@ -103,7 +75,7 @@ Status keccak512Update(Keccak512Context* context, const std::uint8_t* data, std:
     const std::uint32_t blocks = length / RATE;
     const std::uint32_t rest = length % RATE;
     if (blocks != 0) {
-        keccak512Absorb(context->lanes, data, blocks);
+        context->absorb(context->lanes, data, blocks);
         if (rest == 0) return CRYPT_OK;
     }
     std::uint8_t last[RATE] = {};
@@ -113,7 +85,7 @@ Status keccak512Update(Keccak512Context* context, const std::uint8_t* data, std:
     // With 71 bytes the 0x01 takes the last place and the closing 0x80 is left out, which Keccak-512 would combine to
     // 0x81: digests made before depend on it.
     if (rest != RATE - 1) last[RATE - 1] = 0x80;
-    keccak512Absorb(context->lanes, last, 1);
+    context->absorb(context->lanes, last, 1);
     return CRYPT_OK;
 }
 

@@ -9,6 +9,7 @@
 
 #include <array>
 
+#include "crypto/hash/block_buffer.h"
 #include "crypto/hash/hash_object.h"
 
 namespace toolbelt {
@@ -17,11 +18,14 @@ using KeccakState = std::array<std::uint64_t, 25>; // lane (x, y) at x + 5y
 struct Keccak512Context
 {
     KeccakState lanes;
+    Compress<KeccakState>* absorb; // for this processor; kept by a reset
 };
-static_assert(sizeof(Keccak512Context) == 200);
+static_assert(sizeof(KeccakState) == 200);
 
 // Absorbs count blocks of 72 bytes.
 void keccak512Absorb(KeccakState& lanes, const std::uint8_t* blocks, std::uint32_t count);
+void keccak512AbsorbSse2(KeccakState& lanes, const std::uint8_t* blocks, std::uint32_t count); // needs cpu::SSE2
+void keccak512Choose(Keccak512Context* context);
 
 // Each returns CRYPT_E_NULL_CONTEXT, and does nothing, when it is given no context.
 Status keccak512Reset(Keccak512Context* context);
@@ -30,6 +34,7 @@ Status keccak512Update(Keccak512Context* context, const std::uint8_t* data, std:
 // Writes the first eight lanes; nothing is padded or permuted here.
 Status keccak512Final(Keccak512Context* context, std::uint8_t* output);
 
-using cHashSHA3_512 = HashObject<Keccak512Context, 64, Release::WIPED, keccak512Reset, keccak512Update, keccak512Final>;
+using cHashSHA3_512 =
+    HashObject<Keccak512Context, 64, Release::WIPED, keccak512Reset, keccak512Update, keccak512Final, keccak512Choose>;
 
 } // namespace toolbelt

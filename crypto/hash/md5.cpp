@@ -27,8 +27,9 @@ template <std::uint32_t ROUND>
 constexpr std::uint32_t mixWords(std::uint32_t b, std::uint32_t c, std::uint32_t d)
 {
     if constexpr (ROUND == 0) return d ^ (b & (c ^ d)); // b selects c or d
-    if constexpr (ROUND == 1) return c ^ (d & (b ^ c)); // d selects b or c
-    if constexpr (ROUND == 2) return b ^ c ^ d;
+    // d selects b or c; b, which is ready last, is used late, and the sum lets the other half be added before.
+    if constexpr (ROUND == 1) return (c & ~d) + (b & d);
+    if constexpr (ROUND == 2) return b ^ (c ^ d);
     if constexpr (ROUND == 3) return c ^ (b | ~d);
 }
 

@@ -37,10 +37,10 @@ constexpr std::uint32_t messageWord(Line line, std::uint32_t step)
 template <std::uint32_t FUNCTION>
 constexpr std::uint32_t mixWords(std::uint32_t b, std::uint32_t c, std::uint32_t d)
 {
-    if constexpr (FUNCTION == 0) return b ^ c ^ d;
+    if constexpr (FUNCTION == 0) return b ^ (c ^ d);
     if constexpr (FUNCTION == 1) return d ^ (b & (c ^ d));
     if constexpr (FUNCTION == 2) return (b | ~c) ^ d;
-    if constexpr (FUNCTION == 3) return c ^ (d & (b ^ c));
+    if constexpr (FUNCTION == 3) return (c & ~d) + (b & d);
     if constexpr (FUNCTION == 4) return b ^ (c | ~d);
 }
 

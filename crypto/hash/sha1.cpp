@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "crypto/base/bytes.h"
+#include "crypto/base/cpu.h"
 #include "crypto/hash/unroll.h"
 
 namespace toolbelt {
@@ -41,6 +42,11 @@ void sha1Compress(Sha1State& state, const std::uint8_t* blocks, std::uint32_t co
     }
 }
 
+void sha1Choose(Sha1Context* context)
+{
+    context->compress = cpu::has(cpu::SHA | cpu::SSSE3) ? sha1CompressShani : sha1Compress;
+}
+
 Status sha1Reset(Sha1Context* context)
 {
     start(*context, {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476, 0xC3D2E1F0});
@@ -49,7 +55,7 @@ Status sha1Reset(Sha1Context* context)
 
 Status sha1Update(Sha1Context* context, const std::uint8_t* data, std::uint32_t length)
 {
-    countAndAbsorb(*context, data, length, sha1Compress);
+    countAndAbsorb(*context, data, length, context->compress);
     return CRYPT_OK;
 }
 
@@ -57,7 +63,7 @@ Status sha1Final(Sha1Context* context, std::uint8_t* output)
 {
     std::uint8_t length[8];
     store64be(length, context->counter * 8);
-    pad(*context, length, sha1Compress);
+    pad(*context, length, context->compress);
     for (std::uint32_t i = 0; i < 5; ++i) store32be(output + 4 * i, context->state[i]);
     return CRYPT_OK;
 }

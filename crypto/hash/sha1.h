@@ -9,15 +9,17 @@
 namespace toolbelt {
 
 using Sha1State = std::array<std::uint32_t, 5>;
-using Sha1Context = CountedBuffer<Sha1State, 64, CountUnit::BYTES>;
+using Sha1Context = TieredBuffer<CountedBuffer<Sha1State, 64, CountUnit::BYTES>>;
 
 void sha1Compress(Sha1State& state, const std::uint8_t* blocks, std::uint32_t count);
+void sha1CompressShani(Sha1State& state, const std::uint8_t* blocks, std::uint32_t count); // needs cpu::SHA and SSSE3
+void sha1Choose(Sha1Context* context);
 
 // RIPEMD-160 starts from the same five words and shares the context and this routine.
 Status sha1Reset(Sha1Context* context);
 Status sha1Update(Sha1Context* context, const std::uint8_t* data, std::uint32_t length);
 Status sha1Final(Sha1Context* context, std::uint8_t* output);
 
-using cHashSHA1 = HashObject<Sha1Context, 20, Release::AS_IS, sha1Reset, sha1Update, sha1Final>;
+using cHashSHA1 = HashObject<Sha1Context, 20, Release::AS_IS, sha1Reset, sha1Update, sha1Final, sha1Choose>;
 
 } // namespace toolbelt

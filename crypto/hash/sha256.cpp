@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "crypto/base/bytes.h"
+#include "crypto/base/cpu.h"
 #include "crypto/hash/sha2_constants.h"
 #include "crypto/hash/unroll.h"
 
@@ -42,6 +43,11 @@ void sha256Compress(Sha256State& state, const std::uint8_t* blocks, std::uint32_
     }
 }
 
+void sha256Choose(Sha256Context* context)
+{
+    context->compress = cpu::has(cpu::SHA | cpu::SSSE3) ? sha256CompressShani : sha256Compress;
+}
+
 Status sha256Reset(Sha256Context* context)
 {
     start(*context, SHA256_START);
@@ -50,7 +56,7 @@ Status sha256Reset(Sha256Context* context)
 
 Status sha256Update(Sha256Context* context, const std::uint8_t* data, std::uint32_t length)
 {
-    countAndAbsorb(*context, data, length, sha256Compress);
+    countAndAbsorb(*context, data, length, context->compress);
     return CRYPT_OK;
 }
 
@@ -58,7 +64,7 @@ Status sha256Final(Sha256Context* context, std::uint8_t* output)
 {
     std::uint8_t length[8];
     store64be(length, context->counter * 8);
-    pad(*context, length, sha256Compress);
+    pad(*context, length, context->compress);
     for (std::uint32_t i = 0; i < 8; ++i) store32be(output + 4 * i, context->state[i]);
     return CRYPT_OK;
 }

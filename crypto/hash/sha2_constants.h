@@ -14,7 +14,7 @@ inline constexpr std::array<std::uint64_t, 8> SHA512_START = {
 };
 
 // First 64 bits of the fractional parts of the cube roots of the first 80 primes.
-inline constexpr std::array<std::uint64_t, 80> SHA512_CONSTANTS = {
+alignas(32) inline constexpr std::array<std::uint64_t, 80> SHA512_CONSTANTS = {
     0x428A2F98D728AE22, 0x7137449123EF65CD, 0xB5C0FBCFEC4D3B2F, 0xE9B5DBA58189DBBC, 0x3956C25BF348B538,
     0x59F111F1B605D019, 0x923F82A4AF194F9B, 0xAB1C5ED5DA6D8118, 0xD807AA98A3030242, 0x12835B0145706FBE,
     0x243185BE4EE4B28C, 0x550C7DC3D5FFB4E2, 0x72BE5D74F27B896F, 0x80DEB1FE3B1696B1, 0x9BDC06A725C71235,
@@ -43,6 +43,6 @@ constexpr std::array<std::uint32_t, COUNT> upperHalves(const std::array<std::uin
 }
 
 inline constexpr auto SHA256_START = upperHalves<8>(SHA512_START);
-inline constexpr auto SHA256_CONSTANTS = upperHalves<64>(SHA512_CONSTANTS);
+alignas(16) inline constexpr auto SHA256_CONSTANTS = upperHalves<64>(SHA512_CONSTANTS);
 
 } // namespace toolbelt

@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "crypto/base/bytes.h"
+#include "crypto/base/cpu.h"
 #include "crypto/hash/sha2_constants.h"
 #include "crypto/hash/unroll.h"
 
@@ -42,6 +43,11 @@ void sha512Compress(Sha512State& state, const std::uint8_t* blocks, std::uint32_
     }
 }
 
+void sha512Choose(Sha512Context* context)
+{
+    context->compress = cpu::has(cpu::AVX2) ? sha512CompressAvx2 : sha512Compress;
+}
+
 Status sha512Reset(Sha512Context* context)
 {
     start(*context, SHA512_START);
@@ -50,7 +56,7 @@ Status sha512Reset(Sha512Context* context)
 
 Status sha512Update(Sha512Context* context, const std::uint8_t* data, std::uint32_t length)
 {
-    countAndAbsorb(*context, data, length, sha512Compress);
+    countAndAbsorb(*context, data, length, context->compress);
     return CRYPT_OK;
 }
 
@@ -60,7 +66,7 @@ Status sha512Final(Sha512Context* context, std::uint8_t* output)
     std::uint8_t length[16];
     store64be(length, context->counter >> 61);
     store64be(length + 8, context->counter << 3);
-    pad(*context, length, sha512Compress);
+    pad(*context, length, context->compress);
     for (std::uint32_t i = 0; i < 8; ++i) store64be(output + 8 * i, context->state[i]);
     return CRYPT_OK;
 }

@@ -5,19 +5,20 @@
 #include <bit>
 
 #include "crypto/base/bytes.h"
+#include "crypto/base/cpu.h"
+#include "crypto/hash/threefish512.h"
 
 namespace toolbelt {
 namespace {
 
 using Words = std::array<std::uint64_t, 8>;
 
-constexpr std::uint64_t FLAG_FIRST = 1ull << 62;
 constexpr std::uint64_t FLAG_FINAL = 1ull << 63;
 constexpr std::uint64_t TYPE_CONFIG = 4ull << 56;
 constexpr std::uint64_t TYPE_MESSAGE = 48ull << 56;
 constexpr std::uint64_t TYPE_OUTPUT = 63ull << 56;
 
-constexpr std::uint32_t SUBKEYS = 19; // one before every four of the 72 rounds, and one at the end
+constexpr std::uint32_t SUBKEYS = THREEFISH_SUBKEYS;
 
 // Key and tweak, each with its parity word and repeated, so that subkey s begins at word s.
 struct Schedule
@@ -28,7 +29,7 @@ struct Schedule
 
 constexpr void makeSchedule(Schedule& schedule, const Skein512State& state)
 {
-    std::uint64_t parity = 0x1BD11BDAA9FC1A22;
+    std::uint64_t parity = THREEFISH_PARITY;
     for (std::uint32_t i = 0; i < 8; ++i) parity ^= schedule.key[i] = state.chain[i];
     schedule.key[8] = parity;
     for (std::uint32_t i = 9; i < SUBKEYS + 7; ++i) schedule.key[i] = schedule.key[i - 9];
@@ -55,26 +56,26 @@ template <int R>
 
 // Four rounds. The words keep their places; the permutation between rounds is in the choice of the pairs, and after
 // four rounds it is the identity.
-template <int... R>
+template <std::uint32_t FIRST>
 [[gnu::always_inline]] constexpr void fourRounds(Words& x)
 {
-    constexpr int ROTATIONS[16] = {R...};
-    mix<ROTATIONS[0]>(x[0], x[1]);
-    mix<ROTATIONS[1]>(x[2], x[3]);
-    mix<ROTATIONS[2]>(x[4], x[5]);
-    mix<ROTATIONS[3]>(x[6], x[7]);
-    mix<ROTATIONS[4]>(x[2], x[1]);
-    mix<ROTATIONS[5]>(x[4], x[7]);
-    mix<ROTATIONS[6]>(x[6], x[5]);
-    mix<ROTATIONS[7]>(x[0], x[3]);
-    mix<ROTATIONS[8]>(x[4], x[1]);
-    mix<ROTATIONS[9]>(x[6], x[3]);
-    mix<ROTATIONS[10]>(x[0], x[5]);
-    mix<ROTATIONS[11]>(x[2], x[7]);
-    mix<ROTATIONS[12]>(x[6], x[1]);
-    mix<ROTATIONS[13]>(x[0], x[7]);
-    mix<ROTATIONS[14]>(x[2], x[5]);
-    mix<ROTATIONS[15]>(x[4], x[3]);
+    constexpr auto& R = THREEFISH_ROTATIONS;
+    mix<R[FIRST][0]>(x[0], x[1]);
+    mix<R[FIRST][1]>(x[2], x[3]);
+    mix<R[FIRST][2]>(x[4], x[5]);
+    mix<R[FIRST][3]>(x[6], x[7]);
+    mix<R[FIRST + 1][0]>(x[2], x[1]);
+    mix<R[FIRST + 1][1]>(x[4], x[7]);
+    mix<R[FIRST + 1][2]>(x[6], x[5]);
+    mix<R[FIRST + 1][3]>(x[0], x[3]);
+    mix<R[FIRST + 2][0]>(x[4], x[1]);
+    mix<R[FIRST + 2][1]>(x[6], x[3]);
+    mix<R[FIRST + 2][2]>(x[0], x[5]);
+    mix<R[FIRST + 2][3]>(x[2], x[7]);
+    mix<R[FIRST + 3][0]>(x[6], x[1]);
+    mix<R[FIRST + 3][1]>(x[0], x[7]);
+    mix<R[FIRST + 3][2]>(x[2], x[5]);
+    mix<R[FIRST + 3][3]>(x[4], x[3]);
 }
 
 struct Work
@@ -92,19 +93,19 @@ constexpr void chainBlock(Skein512State& state, Work& work)
     work.x = work.message;
     for (std::uint32_t s = 0; s < SUBKEYS - 1; s += 2) {
         addSubkey(work.x, work.schedule, s);
-        fourRounds<46, 36, 19, 37, 33, 27, 14, 42, 17, 49, 36, 39, 44, 9, 54, 56>(work.x);
+        fourRounds<0>(work.x);
         addSubkey(work.x, work.schedule, s + 1);
-        fourRounds<39, 30, 34, 24, 13, 50, 10, 17, 25, 29, 39, 43, 8, 35, 56, 22>(work.x);
+        fourRounds<4>(work.x);
     }
     addSubkey(work.x, work.schedule, SUBKEYS - 1);
     for (std::uint32_t i = 0; i < 8; ++i) state.chain[i] = work.x[i] ^ work.message[i];
-    state.flags &= ~FLAG_FIRST;
+    state.flags &= ~SKEIN_FLAG_FIRST;
 }
 
 // The chaining value behind the configuration block: "SHA3", version 1, and the length of the output in bits.
 constexpr Words makeStart()
 {
-    Skein512State state = {{}, 32, TYPE_CONFIG | FLAG_FIRST | FLAG_FINAL};
+    Skein512State state = {{}, 32, TYPE_CONFIG | SKEIN_FLAG_FIRST | FLAG_FINAL};
     Work work = {};
     work.message = {0x0000000133414853, 512};
     chainBlock(state, work);
@@ -112,29 +113,36 @@ constexpr Words makeStart()
 }
 constexpr Words START = makeStart();
 
-// count blocks, each of which brings `bytes` bytes of the message.
-void takeBlocks(Skein512State& state, const std::uint8_t* blocks, std::uint32_t count, std::uint32_t bytes)
+} // namespace
+
+void skein512Compress(Skein512State& state, const std::uint8_t* blocks, std::uint32_t count)
 {
     Work work;
     const WipeOnExit wipeWork(work);
     for (; count != 0; --count, blocks += 64) {
         for (std::uint32_t i = 0; i < 8; ++i) work.message[i] = load64le(blocks + 8 * i);
-        state.position += bytes;
+        state.position += 64;
         chainBlock(state, work);
     }
 }
 
-} // namespace
-
-void skein512Compress(Skein512State& state, const std::uint8_t* blocks, std::uint32_t count)
+// Compresses the block as the last of its kind, of which it brings `bytes` bytes.
+static void compressLast(Skein512Context& context, std::uint32_t bytes)
 {
-    takeBlocks(state, blocks, count, 64);
+    context.state.flags |= FLAG_FINAL;
+    context.state.position += bytes - 64ull; // the routine counts whole blocks
+    context.compress(context.state, context.block, 1);
+}
+
+void skein512Choose(Skein512Context* context)
+{
+    context->compress = cpu::has(cpu::AVX2) ? skein512CompressAvx2 : skein512Compress;
 }
 
 Status skein512Reset(Skein512Context* context)
 {
     if (context == nullptr) return CRYPT_E_NULL_CONTEXT;
-    context->state = {START, 0, TYPE_MESSAGE | FLAG_FIRST};
+    context->state = {START, 0, TYPE_MESSAGE | SKEIN_FLAG_FIRST};
     context->used = 0;
     return CRYPT_OK;
 }
@@ -142,7 +150,7 @@ Status skein512Reset(Skein512Context* context)
 Status skein512Update(Skein512Context* context, const std::uint8_t* data, std::uint32_t length)
 {
     if (context == nullptr) return CRYPT_E_NULL_CONTEXT;
-    absorb(*context, data, length, skein512Compress, FullBlock::HOLD);
+    absorb(*context, data, length, context->compress, FullBlock::HOLD);
     return CRYPT_OK;
 }
 
@@ -151,14 +159,13 @@ Status skein512Final(Skein512Context* context, std::uint8_t* output)
     if (context == nullptr) return CRYPT_E_NULL_CONTEXT;
     Skein512State& state = context->state;
     std::memset(context->block + context->used, 0, 64 - context->used);
-    state.flags |= FLAG_FINAL;
-    takeBlocks(state, context->block, 1, context->used);
+    compressLast(*context, context->used);
 
     // The output is one block: the number 0 in eight bytes, encrypted under the chaining value.
     std::memset(context->block, 0, 64);
     state.position = 0;
-    state.flags = TYPE_OUTPUT | FLAG_FIRST | FLAG_FINAL;
-    takeBlocks(state, context->block, 1, 8);
+    state.flags = TYPE_OUTPUT | SKEIN_FLAG_FIRST;
+    compressLast(*context, 8);
     for (std::uint32_t i = 0; i < 8; ++i) store64le(output + 8 * i, state.chain[i]);
     return CRYPT_OK;
 }

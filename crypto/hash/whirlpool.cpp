@@ -6,12 +6,12 @@
 #include <bit>
 
 #include "crypto/base/bytes.h"
+#include "crypto/base/cpu.h"
 #include "crypto/hash/unroll.h"
+#include "crypto/hash/whirlpool_tables.h"
 
 namespace toolbelt {
 namespace {
-
-constexpr std::uint32_t ROUNDS = 10;
 
 // The substitution box: two layers of 4-bit boxes E, its inverse, and R.
 constexpr std::array<std::uint8_t, 256> makeBox()
@@ -43,30 +43,21 @@ constexpr std::uint32_t multiply(std::uint32_t a, std::uint32_t b)
 
 constexpr std::array<std::uint8_t, 256> BOX = makeBox();
 
-// TABLES[column][x]: what byte x of that column adds to the row where it ends up, which is S(x) times the circulant row
-// of the diffusion matrix, turned by the column.
-using Tables = std::array<std::array<std::uint64_t, 256>, 8>;
-constexpr Tables makeTables()
+// What a byte adds is S(x) times the circulant row of the diffusion matrix, turned by the column. The constants are the
+// box itself, eight bytes a round.
+constexpr WhirlpoolTables makeTables()
 {
     constexpr std::uint8_t CIRCULANT[8] = {1, 1, 4, 1, 8, 5, 2, 9};
-    Tables tables = {};
+    WhirlpoolTables tables = {};
     for (std::uint32_t x = 0; x < 256; ++x) {
         std::uint64_t row = 0;
         for (std::uint8_t factor : CIRCULANT) row = row << 8 | multiply(BOX[x], factor);
-        for (std::uint32_t column = 0; column < 8; ++column) tables[column][x] = std::rotr(row, 8 * int(column));
+        for (std::uint32_t column = 0; column < 8; ++column) tables.rows[column][x] = std::rotr(row, 8 * int(column));
     }
+    for (std::uint32_t i = 0; i < 8 * WHIRLPOOL_ROUNDS; ++i)
+        tables.constants[i / 8] = tables.constants[i / 8] << 8 | BOX[i];
     return tables;
 }
-constexpr Tables TABLES = makeTables();
-
-// Round constants: the box itself, eight bytes a round, in the first row of the key.
-constexpr std::array<std::uint64_t, ROUNDS> makeConstants()
-{
-    std::array<std::uint64_t, ROUNDS> constants = {};
-    for (std::uint32_t i = 0; i < 8 * ROUNDS; ++i) constants[i / 8] = constants[i / 8] << 8 | BOX[i];
-    return constants;
-}
-constexpr std::array<std::uint64_t, ROUNDS> CONSTANTS = makeConstants();
 
 // One row of substitute, shift columns and mix rows: column j comes from j rows above.
 template <std::uint32_t ROW>
@@ -74,7 +65,7 @@ template <std::uint32_t ROW>
 {
     std::uint64_t row = 0;
     unroll<8>([&]<std::uint32_t J>() __attribute__((always_inline)) {
-        row ^= TABLES[J][static_cast<std::uint8_t>(matrix[(ROW + 8 - J) % 8] >> (56 - 8 * J))];
+        row ^= whirlpoolTables.rows[J][static_cast<std::uint8_t>(matrix[(ROW + 8 - J) % 8] >> (56 - 8 * J))];
     });
     return row;
 }
@@ -86,6 +77,8 @@ void applyRound(WhirlpoolState& next, const WhirlpoolState& current)
 }
 
 } // namespace
+
+constexpr WhirlpoolTables whirlpoolTables = makeTables();
 
 void whirlpoolCompress(WhirlpoolState& state, const std::uint8_t* blocks, std::uint32_t count)
 {
@@ -101,7 +94,7 @@ void whirlpoolCompress(WhirlpoolState& state, const std::uint8_t* blocks, std::u
             work.cipher[i] = row ^ state[i];
             state[i] ^= row;
         }
-        for (const std::uint64_t constant : CONSTANTS) {
+        for (const std::uint64_t constant : whirlpoolTables.constants) {
             applyRound(work.next, work.key);
             work.next[0] ^= constant;
             work.key = work.next;
@@ -110,6 +103,11 @@ void whirlpoolCompress(WhirlpoolState& state, const std::uint8_t* blocks, std::u
         }
         for (std::uint32_t i = 0; i < 8; ++i) state[i] ^= work.cipher[i];
     }
+}
+
+void whirlpoolChoose(WhirlpoolContext* context)
+{
+    context->compress = cpu::has(cpu::SSE2) ? whirlpoolCompressSse2 : whirlpoolCompress;
 }
 
 Status whirlpoolReset(WhirlpoolContext* context)
@@ -122,7 +120,7 @@ Status whirlpoolReset(WhirlpoolContext* context)
 Status whirlpoolUpdate(WhirlpoolContext* context, const std::uint8_t* data, std::uint32_t length)
 {
     if (context == nullptr) return CRYPT_E_NULL_CONTEXT;
-    countAndAbsorb(*context, data, length, whirlpoolCompress);
+    countAndAbsorb(*context, data, length, context->compress);
     return CRYPT_OK;
 }
 
@@ -132,7 +130,7 @@ Status whirlpoolFinal(WhirlpoolContext* context, std::uint8_t* output)
     // The length is 256 bits, of which the counter fills the last 64.
     std::uint8_t length[32] = {};
     store64be(length + 24, context->counter);
-    pad(*context, length, whirlpoolCompress);
+    pad(*context, length, context->compress);
     for (std::uint32_t i = 0; i < 8; ++i) store64be(output + 8 * i, context->state[i]);
     return CRYPT_OK;
 }

@@ -10,9 +10,11 @@ namespace toolbelt {
 
 // One row of the 8 x 8 byte matrix a word, its first byte the most significant.
 using WhirlpoolState = std::array<std::uint64_t, 8>;
-using WhirlpoolContext = CountedBuffer<WhirlpoolState, 64, CountUnit::BITS>;
+using WhirlpoolContext = TieredBuffer<CountedBuffer<WhirlpoolState, 64, CountUnit::BITS>>;
 
 void whirlpoolCompress(WhirlpoolState& state, const std::uint8_t* blocks, std::uint32_t count);
+void whirlpoolCompressSse2(WhirlpoolState& state, const std::uint8_t* blocks, std::uint32_t count); // needs cpu::SSE2
+void whirlpoolChoose(WhirlpoolContext* context);
 
 // Each returns CRYPT_E_NULL_CONTEXT, and does nothing, when it is given no context.
 Status whirlpoolReset(WhirlpoolContext* context);
@@ -20,6 +22,6 @@ Status whirlpoolUpdate(WhirlpoolContext* context, const std::uint8_t* data, std:
 Status whirlpoolFinal(WhirlpoolContext* context, std::uint8_t* output);
 
 using cHashWhirlpool512 =
-    HashObject<WhirlpoolContext, 64, Release::WIPED, whirlpoolReset, whirlpoolUpdate, whirlpoolFinal>;
+    HashObject<WhirlpoolContext, 64, Release::WIPED, whirlpoolReset, whirlpoolUpdate, whirlpoolFinal, whirlpoolChoose>;
 
 } // namespace toolbelt

@@ -13,7 +13,9 @@
 
 namespace toolbelt {
 
-class TB_API cPublicDSA : public cPKA
+// Both classes are made by the factories below, and used through cPKA. A program may ask an object for its record when
+// algorithm() says which class it has.
+class cPublicDSA : public cPKA
 {
 public:
     // Takes ownership of the record.
@@ -34,7 +36,7 @@ private:
     std::int32_t keyLength_;
 };
 
-class TB_API cPrivateDSA : public cPKA
+class cPrivateDSA : public cPKA
 {
 public:
     // Takes ownership of the record.

@@ -51,9 +51,9 @@ static_assert(sizeof(void*) != 4 ||
 using DsaOwner = std::unique_ptr<DsaKey>;
 
 // A new record, every number empty; null when memory has run out. `delete` frees it, its numbers wiped.
-[[nodiscard]] TB_API DsaKey* newDsaKey(std::uint32_t magic);
+[[nodiscard]] DsaKey* newDsaKey(std::uint32_t magic);
 // Size of p in bytes; 0 for a record with neither mark.
-TB_API std::int32_t dsaKeyLength(const DsaKey& key);
+std::int32_t dsaKeyLength(const DsaKey& key);
 
 // ---- operations
 
@@ -61,13 +61,12 @@ TB_API std::int32_t dsaKeyLength(const DsaKey& key);
 // without the public mark (x is read all the same: cPrivateDSA lends its numbers to a record that has it);
 // PKA_E_RANDOM; or the status of the arithmetic. A secret of 0 is replaced by a fixed one, and r and s are not tested,
 // by design.
-[[nodiscard]] TB_API Status dsaSign(const DsaKey& key, PairForm form, std::uint8_t* output, std::uint32_t* outputLength,
-                                    const std::uint8_t* digest, std::uint32_t digestLength);
+[[nodiscard]] Status dsaSign(const DsaKey& key, PairForm form, std::uint8_t* output, std::uint32_t* outputLength,
+                             const std::uint8_t* digest, std::uint32_t digestLength);
 // 0 for a valid signature. PKA_E_KEY for a record without the public mark; PKA_E_FAILED when the signature cannot be
 // read, when r or s is 0 or not below q, and when it is not that of the digest; or the status of the arithmetic.
-[[nodiscard]] TB_API Status dsaVerify(const DsaKey& key, PairForm form, const std::uint8_t* signature,
-                                      std::uint32_t signatureLength, const std::uint8_t* digest,
-                                      std::uint32_t digestLength);
+[[nodiscard]] Status dsaVerify(const DsaKey& key, PairForm form, const std::uint8_t* signature,
+                               std::uint32_t signatureLength, const std::uint8_t* digest, std::uint32_t digestLength);
 // y = g^x mod p in a private record that does not hold it yet.
 [[nodiscard]] Status ensureDsaPublicValue(DsaKey& key);
 
@@ -80,20 +79,20 @@ TB_API std::int32_t dsaKeyLength(const DsaKey& key);
 [[nodiscard]] TB_API Status importDsaPrivate(DsaKey** key, const std::uint8_t* publicBlob, std::uint32_t publicLength,
                                              const std::uint8_t* privateBlob, std::uint32_t privateLength);
 // The same with all five numbers in one blob.
-[[nodiscard]] TB_API Status importDsaPrivateBlob(DsaKey** key, const std::uint8_t* blob, std::uint32_t length);
+[[nodiscard]] Status importDsaPrivateBlob(DsaKey** key, const std::uint8_t* blob, std::uint32_t length);
 // From the parts of a SubjectPublicKeyInfo: parameters a SEQUENCE of p, q, g, and the key an INTEGER y.
 // DER_E_NULL_PARAMETERS, DER_E_TAG (parameters of another kind, or none), DER_E_MEMORY, or DER_E_MALFORMED.
-[[nodiscard]] TB_API Status importDsaPublicInfo(DsaKey** key, const DerElement& parameters, const DerElement& bits);
+[[nodiscard]] Status importDsaPublicInfo(DsaKey** key, const DerElement& parameters, const DerElement& bits);
 // The traditional private key: a SEQUENCE of the version 0 and p, q, g, y, x.
-[[nodiscard]] TB_API Status importDsaPrivateDer(DsaKey** key, const DerElement& sequence);
+[[nodiscard]] Status importDsaPrivateDer(DsaKey** key, const DerElement& sequence);
 
 // ---- export: *inOutSize is the capacity and becomes the length; STATUS_BUFFER_TOO_SMALL with the size needed.
 // PKA_E_HEADER when an element cannot be written.
 
 // SubjectPublicKeyInfo.
-[[nodiscard]] TB_API Status exportDsaPublicDer(const DsaKey& key, std::uint8_t* output, std::uint32_t* inOutSize);
+[[nodiscard]] Status exportDsaPublicDer(const DsaKey& key, std::uint8_t* output, std::uint32_t* inOutSize);
 // The form of importDsaPrivateDer. PKA_E_HEADER also for a record without the private mark. A missing y is computed.
-[[nodiscard]] TB_API Status exportDsaPrivateDer(DsaKey& key, std::uint8_t* output, std::uint32_t* inOutSize);
+[[nodiscard]] Status exportDsaPrivateDer(DsaKey& key, std::uint8_t* output, std::uint32_t* inOutSize);
 
 // ---- generation (FIPS 186-4: A.1.1.2 with SHA-1, A.2.1, B.1.1). The standard pairs a q of 160 bits with a p of 1,024;
 // other lengths follow the same steps.

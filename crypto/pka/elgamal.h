@@ -13,7 +13,9 @@
 
 namespace toolbelt {
 
-class TB_API cPublicElgamal : public cPKA
+// Both classes are made by the factories below, and used through cPKA. A program may ask an object for its record when
+// algorithm() says which class it has.
+class cPublicElgamal : public cPKA
 {
 public:
     // Takes ownership of the record.
@@ -38,7 +40,7 @@ private:
     std::int32_t keyLength_;
 };
 
-class TB_API cPrivateElgamal : public cPKA
+class cPrivateElgamal : public cPKA
 {
 public:
     // Takes ownership of the record.

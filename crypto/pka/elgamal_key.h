@@ -45,9 +45,9 @@ using ElgamalOwner = std::unique_ptr<ElgamalKey>;
 
 // A new record, the fourth number one zero limb and the others empty; null when memory has run out. `delete` frees it,
 // its numbers wiped.
-[[nodiscard]] TB_API ElgamalKey* newElgamalKey(std::uint32_t magic);
+[[nodiscard]] ElgamalKey* newElgamalKey(std::uint32_t magic);
 // k, the size of p in bytes.
-TB_API std::int32_t elgamalKeyLength(const ElgamalKey& key);
+std::int32_t elgamalKeyLength(const ElgamalKey& key);
 
 inline constexpr std::uint32_t ELGAMAL_MAX_SIGNATURE_BITS = 65535; // each of r and s
 
@@ -55,21 +55,21 @@ inline constexpr std::uint32_t ELGAMAL_MAX_SIGNATURE_BITS = 65535; // each of r 
 // the operation's; PKA_E_RANDOM; PKA_E_FAILED; or the status of the arithmetic. Outputs are written on success only.
 
 // (a, b) for the message, a number of any length. Public mark.
-[[nodiscard]] TB_API Status elgamalEncrypt(const ElgamalKey& key, PairForm form, std::uint8_t* output,
-                                           std::uint32_t* outputLength, const std::uint8_t* message,
-                                           std::uint32_t messageLength);
+[[nodiscard]] Status elgamalEncrypt(const ElgamalKey& key, PairForm form, std::uint8_t* output,
+                                    std::uint32_t* outputLength, const std::uint8_t* message,
+                                    std::uint32_t messageLength);
 // k bytes from a prefixed (a, b). Private mark.
-[[nodiscard]] TB_API Status elgamalDecrypt(const ElgamalKey& key, std::uint8_t* output, std::uint32_t* outputLength,
-                                           const std::uint8_t* cipher, std::uint32_t cipherLength);
+[[nodiscard]] Status elgamalDecrypt(const ElgamalKey& key, std::uint8_t* output, std::uint32_t* outputLength,
+                                    const std::uint8_t* cipher, std::uint32_t cipherLength);
 // A prefixed (r, s) for the digest, a number of any length. Private mark.
-[[nodiscard]] TB_API Status elgamalSign(const ElgamalKey& key, std::uint8_t* output, std::uint32_t* outputLength,
-                                        const std::uint8_t* digest, std::uint32_t digestLength);
+[[nodiscard]] Status elgamalSign(const ElgamalKey& key, std::uint8_t* output, std::uint32_t* outputLength,
+                                 const std::uint8_t* digest, std::uint32_t digestLength);
 // 0 for a valid signature. Public mark. r and s longer than a prefixed number are refused in DER too, which bounds
 // their work (that of the digest is the caller's to bound); beyond that their range is not tested, by design: a
 // signature shows no more than that the equation holds.
-[[nodiscard]] TB_API Status elgamalVerify(const ElgamalKey& key, PairForm form, const std::uint8_t* signature,
-                                          std::uint32_t signatureLength, const std::uint8_t* digest,
-                                          std::uint32_t digestLength);
+[[nodiscard]] Status elgamalVerify(const ElgamalKey& key, PairForm form, const std::uint8_t* signature,
+                                   std::uint32_t signatureLength, const std::uint8_t* digest,
+                                   std::uint32_t digestLength);
 // y = g^x mod p in a private record that does not hold it yet.
 [[nodiscard]] Status ensureElgamalPublicValue(ElgamalKey& key);
 
@@ -83,24 +83,22 @@ inline constexpr std::uint32_t ELGAMAL_MAX_SIGNATURE_BITS = 65535; // each of r 
                                                  std::uint32_t publicLength, const std::uint8_t* privateBlob,
                                                  std::uint32_t privateLength);
 // The same with all four numbers in one blob.
-[[nodiscard]] TB_API Status importElgamalPrivateBlob(ElgamalKey** key, const std::uint8_t* blob, std::uint32_t length);
+[[nodiscard]] Status importElgamalPrivateBlob(ElgamalKey** key, const std::uint8_t* blob, std::uint32_t length);
 // From the parts of a SubjectPublicKeyInfo: parameters a SEQUENCE of p, g and an optional third INTEGER (what follows
 // it is not looked at), and the key an INTEGER y. DER_E_TAG (parameters of another kind, or none), DER_E_MEMORY, or
 // DER_E_MALFORMED.
-[[nodiscard]] TB_API Status importElgamalPublicInfo(ElgamalKey** key, const DerElement& parameters,
-                                                    const DerElement& bits);
+[[nodiscard]] Status importElgamalPublicInfo(ElgamalKey** key, const DerElement& parameters, const DerElement& bits);
 // The library's own form: a SEQUENCE of the version 0 and p, g, y, x.
-[[nodiscard]] TB_API Status importElgamalPrivateDer(ElgamalKey** key, const DerElement& sequence);
+[[nodiscard]] Status importElgamalPrivateDer(ElgamalKey** key, const DerElement& sequence);
 
 // ---- export: *inOutSize is the capacity and becomes the length; STATUS_BUFFER_TOO_SMALL with the size needed.
 // PKA_E_HEADER when an element cannot be written.
 
 // SubjectPublicKeyInfo: a Diffie-Hellman key by PKCS #3, or by X9.42 when the fourth number is the order of a subgroup.
-[[nodiscard]] TB_API Status exportElgamalPublicDer(const ElgamalKey& key, std::uint8_t* output,
-                                                   std::uint32_t* inOutSize);
+[[nodiscard]] Status exportElgamalPublicDer(const ElgamalKey& key, std::uint8_t* output, std::uint32_t* inOutSize);
 // The form of importElgamalPrivateDer. PKA_E_HEADER also for a record without the private mark. A missing y is
 // computed.
-[[nodiscard]] TB_API Status exportElgamalPrivateDer(ElgamalKey& key, std::uint8_t* output, std::uint32_t* inOutSize);
+[[nodiscard]] Status exportElgamalPrivateDer(ElgamalKey& key, std::uint8_t* output, std::uint32_t* inOutSize);
 
 // ---- generation
 

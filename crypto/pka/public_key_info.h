@@ -3,7 +3,6 @@
 
 #include <cstdint>
 
-#include "crypto/base/export.h"
 #include "crypto/encoding/der.h"
 #include "crypto/pka/key_bytes.h"
 #include "crypto/pka/status.h"
@@ -18,8 +17,8 @@ struct OidOctets
 };
 
 // Reads the algorithm identifier and the key's BIT STRING from the SEQUENCE's content; statuses are the DER reader's.
-[[nodiscard]] TB_API Status readPublicKeyInfoParts(AlgorithmIdentifier& algorithm, DerBitString& key,
-                                                   const DerElement& sequence);
+[[nodiscard]] Status readPublicKeyInfoParts(AlgorithmIdentifier& algorithm, DerBitString& key,
+                                            const DerElement& sequence);
 
 struct PublicKeyInfoParts
 {
@@ -39,8 +38,8 @@ struct PublicKeyInfoOutput
 
     // Lays out the elements. STATUS_BUFFER_TOO_SMALL with the size needed in *capacity, which is left alone otherwise;
     // PKA_E_HEADER.
-    [[nodiscard]] TB_API Status open(std::uint8_t* output, std::uint32_t* capacity, const OidOctets& algorithm,
-                                     std::uint32_t parametersLength, std::uint32_t keyLength);
+    [[nodiscard]] Status open(std::uint8_t* output, std::uint32_t* capacity, const OidOctets& algorithm,
+                              std::uint32_t parametersLength, std::uint32_t keyLength);
 };
 
 // Writes one whose parameters are a SEQUENCE of INTEGERs and whose key is an INTEGER (DSA: RFC 3279, section 2.3.2;

@@ -14,7 +14,9 @@
 
 namespace toolbelt {
 
-class TB_API cPublicRSA : public cPKA
+// Both classes are made by the factories below, and used through cPKA. A program may ask an object for its record when
+// algorithm() says which class it has.
+class cPublicRSA : public cPKA
 {
 public:
     // Takes ownership of the record.
@@ -44,7 +46,7 @@ private:
     std::int32_t keyLength_;
 };
 
-class TB_API cPrivateRSA : public cPKA
+class cPrivateRSA : public cPKA
 {
 public:
     // Takes ownership of the record.

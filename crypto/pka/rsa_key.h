@@ -53,8 +53,8 @@ static_assert(sizeof(void*) != 4 ||
               (sizeof(RsaPrivateKey) == 36 && offsetof(RsaPrivateKey, n) == 4 && offsetof(RsaPrivateKey, qinv) == 32));
 
 // A new record, every number one zero limb; null when memory has run out.
-[[nodiscard]] TB_API RsaPublicKey* newRsaPublicKey();
-[[nodiscard]] TB_API RsaPrivateKey* newRsaPrivateKey();
+[[nodiscard]] RsaPublicKey* newRsaPublicKey();
+[[nodiscard]] RsaPrivateKey* newRsaPrivateKey();
 // Wipes and frees a record with its numbers. Null is ignored.
 TB_API void freeRsaKey(RsaPublicKey* key);
 TB_API void freeRsaKey(RsaPrivateKey* key);
@@ -79,7 +79,7 @@ inline std::uint32_t rsaLength(std::uint16_t bits)
 // Brings a record whose e, p and q are loaded to its invariants: p becomes the larger prime; d, qinv and n are kept
 // when they are right and computed when they are not; bits, dp and dq are computed. PKA_E_RANGE when no such key
 // exists, or when the lengths of the primes add up to more than PKA_MAX_KEY_BITS + 1, so that bits cannot overflow.
-[[nodiscard]] TB_API Status completeRsaPrivate(RsaPrivateKey& key);
+[[nodiscard]] Status completeRsaPrivate(RsaPrivateKey& key);
 
 // ---- raw operations
 
@@ -103,8 +103,9 @@ enum RsaMode : std::uint32_t
                                                 std::uint8_t* output, std::uint32_t mode);
 // Whether the signature (RSA_RAW or RSA_PREFIXED_INPUT), a number below n, is that of a type 1 block around the digest,
 // bare or in a DigestInfo of any algorithm: 0 or PKA_E_FAILED; PKA_E_OBJECT when the working buffer could not be had.
-[[nodiscard]] TB_API Status rsaVerify(const RsaPublicKey& key, const std::uint8_t* signature, std::uint32_t mode,
-                                      const std::uint8_t* digest, std::uint32_t digestLength);
+// It proves nothing when the public exponent is small (rsa_verify.cpp): such signatures can be made without the key.
+[[nodiscard]] Status rsaVerify(const RsaPublicKey& key, const std::uint8_t* signature, std::uint32_t mode,
+                               const std::uint8_t* digest, std::uint32_t digestLength);
 
 // ---- import: PKA_E_KEY when numbers cannot be read or are beyond the limits, PKA_E_MEMORY when there is no room for
 // the record; on failure *key is left alone. What follows the last number of a blob is not looked at.
@@ -117,11 +118,11 @@ enum RsaMode : std::uint32_t
                                              std::uint32_t publicLength, const std::uint8_t* privateBlob,
                                              std::uint32_t privateLength);
 // The same with all six numbers in one blob: n, e, d, q, p, qinv.
-[[nodiscard]] TB_API Status importRsaPrivateBlob(RsaPrivateKey** key, const std::uint8_t* blob, std::uint32_t length);
+[[nodiscard]] Status importRsaPrivateBlob(RsaPrivateKey** key, const std::uint8_t* blob, std::uint32_t length);
 // RSAPublicKey: a SEQUENCE of n and e that they fill exactly.
 [[nodiscard]] TB_API Status importRsaPublicDer(RsaPublicKey** key, const DerElement& sequence);
 // RSAPrivateKey of RFC 8017, appendix A.1.2 (version 0), filled exactly by its nine numbers; completed like a blob.
-[[nodiscard]] TB_API Status importRsaPrivateDer(RsaPrivateKey** key, const DerElement& sequence);
+[[nodiscard]] Status importRsaPrivateDer(RsaPrivateKey** key, const DerElement& sequence);
 
 // ---- export: *inOutSize is the capacity and becomes the length; STATUS_BUFFER_TOO_SMALL with the size needed.
 
@@ -130,10 +131,9 @@ enum RsaMode : std::uint32_t
 // d, q, p, qinv, the order of an OpenPGP secret key, whose last number is the inverse of its first prime.
 [[nodiscard]] TB_API Status exportRsaPrivate(const RsaPrivateKey& key, std::uint8_t* output, std::uint32_t* inOutSize);
 // RSAPublicKey and RSAPrivateKey of RFC 8017, appendix A.1; PKA_E_HEADER when an element cannot be written.
-[[nodiscard]] TB_API Status exportRsaPublicDer(const RsaPublicKey& key, std::uint8_t* output, std::uint32_t* inOutSize);
-[[nodiscard]] TB_API Status exportRsaPrivateDer(const RsaPrivateKey& key, std::uint8_t* output,
-                                                std::uint32_t* inOutSize);
+[[nodiscard]] Status exportRsaPublicDer(const RsaPublicKey& key, std::uint8_t* output, std::uint32_t* inOutSize);
+[[nodiscard]] Status exportRsaPrivateDer(const RsaPrivateKey& key, std::uint8_t* output, std::uint32_t* inOutSize);
 // The binary ssh-rsa blob (RFC 4253, section 6.6); a zero is written as one zero byte.
-[[nodiscard]] TB_API Status exportRsaSsh(const RsaPublicKey& key, std::uint8_t* output, std::uint32_t* inOutSize);
+[[nodiscard]] Status exportRsaSsh(const RsaPublicKey& key, std::uint8_t* output, std::uint32_t* inOutSize);
 
 } // namespace toolbelt

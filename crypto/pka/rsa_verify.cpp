@@ -3,9 +3,10 @@
 // By design a verifier of bare digests and of DigestInfos alike: a payload as long as the digest is the digest itself,
 // any other is read as a DigestInfo whose algorithm may be any known one. Nothing may follow the digest, the DigestInfo
 // or its elements. Before the digest there is room all the same: no length of padding is demanded, and the parameters
-// of the AlgorithmIdentifier may hold any bytes. With a small exponent such a block may have a short root, found
-// without the private key: the short-input rule of the public operation is what refuses it. A signature must be below
-// n.
+// of the AlgorithmIdentifier may hold any bytes. With a small exponent such a block has roots that are found without
+// the private key. The short-input rule of the public operation refuses the short ones, and that a signature must be
+// below n those with n on top; but half a cube root modulo n is as long as any signature. So a signature proves nothing
+// when the exponent is at most about 1/350 of the modulus's bits (3 and 5 at 2,048 bits); 65537 is safe at any length.
 #include <cstring>
 
 #include "crypto/base/heap.h"

@@ -63,8 +63,12 @@ TEST(BigNumModular, CoefficientsAndInverses)
     int negative[2] = {0, 0}, none = 0;
     const Number one("01"), zero;
     for (int round = 0; round < 1500; ++round) {
-        const Number a = round < 200 ? run(bnAddWord, zero, 1 + dice.below(12)) : dice.number(1 + dice.below(6));
-        const Number m = round < 100 ? run(bnAddWord, zero, 1 + dice.below(12)) : dice.number(1 + dice.below(6));
+        const std::uint32_t limbs = round % 10 ? 6 : 40;
+        Number a = round < 200 ? run(bnAddWord, zero, 1 + dice.below(12)) : dice.number(1 + dice.below(limbs));
+        Number m = round < 100 ? run(bnAddWord, zero, 1 + dice.below(12)) : dice.number(1 + dice.below(limbs));
+        // Quotients that are all 1, and, in between, one of any length: neighbours of a Fibonacci sequence.
+        if (round % 5 == 1)
+            for (std::uint32_t i = dice.below(600); i-- > 0; std::swap(a, m)) a = run(bnAdd, a, m);
         SignedBigNum x, y;
         Number r;
         const Status status = bnExtendedGcd(x, &y, a, m);

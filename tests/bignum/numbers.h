@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "crypto/base/cpu.h"
 #include "crypto/bignum/primes.h"
 #include "tests/support/vectors.h"
 
@@ -75,6 +76,17 @@ public:
 private:
     std::mt19937 engine_;
 };
+
+// Runs the body with the routines of every tier that the processor has, the portable ones first.
+template <typename Body>
+void forEachTier(Body body)
+{
+    for (const std::uint32_t features : {0u, cpu::SSE2, ~0u}) {
+        SCOPED_TRACE(cpu::limitFeatures(features));
+        body();
+    }
+    cpu::limitFeatures(~0u);
+}
 
 // The number modulo the prime 2^32 - 5. A wrong result keeps its residue once in four thousand million times.
 constexpr std::uint64_t residuePrime = 4294967291u;

@@ -50,25 +50,6 @@ TEST(PrimeSearch, ReportsEveryTestedCandidateAndStopsAtAnyReport)
     EXPECT_EQ(searches, 10u);
 }
 
-// Whatever allocation fails, on the caller's thread or a worker's, ends the search with its status, and all that was
-// held is released, everything but the table wiped.
-TEST(PrimeSearch, EndsWithTheStatusOfWhatFailsAndWipesEverything)
-{
-    const Number start("0200100002"), e("0100000000000f");
-    const std::uint32_t injected = forEachFailingAllocation([&](TestHeap& heap) {
-        {
-            BigNum result;
-            const Status status = detail::searchPrime(result, start, true, &e, nullptr, 1);
-            EXPECT_EQ(status, heap.failed() ? BN_E_MEMORY : STATUS_OK);
-            EXPECT_EQ(hex(result), heap.failed() ? "00" : "020010000b");
-            EXPECT_TRUE(table().empty());
-        }
-        if (heap.failed()) return;
-        EXPECT_EQ(heap.secretsReleased(), heap.allocations() - 1);
-    });
-    EXPECT_GT(injected, 300u);
-}
-
 TEST(PrimeSearch, RefusesWhatCannotSucceed)
 {
     // p - 1 shares a factor with every even number; no number has so few bits; all primes of five bits are in the

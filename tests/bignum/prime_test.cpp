@@ -87,19 +87,5 @@ TEST(ProbablePrime, TellsWhyANumberIsComposite)
     EXPECT_EQ(bnFermatRound(Number("0d"), Number("0c")), 1);
 }
 
-// A failure of memory is never taken for a prime.
-TEST(ProbablePrime, IsCompositeWhenMemoryRunsOut)
-{
-    const Number n("ffffffffffffffc5");
-    for (const std::uint32_t failing : {1u, 6u}) {
-        TestHeap heap;
-        heap.failAt(failing);
-        std::int32_t status = 77;
-        EXPECT_EQ(bnProbablePrime(n, 2, &status), 0);
-        EXPECT_TRUE(heap.failed());
-        EXPECT_TRUE(failing == 1 ? status == PRIME_NO_PREDECESSOR : status == 0 || status == 1) << status;
-    }
-}
-
 } // namespace
 } // namespace toolbelt::test

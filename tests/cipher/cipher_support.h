@@ -6,8 +6,8 @@
 #include <memory>
 #include <random>
 
-#include "crypto/base/cpu.h"
 #include "crypto/cipher/cipher.h"
+#include "tests/support/tiers.h"
 #include "tests/support/vectors.h"
 
 namespace toolbelt::test {
@@ -83,12 +83,5 @@ inline Bytes modelEncrypt(cSymAlg& cipher, std::uint32_t mode, Bytes chain, cons
     }
     return out;
 }
-
-// Limits the processor features for the time of a test.
-struct FeatureLimit
-{
-    explicit FeatureLimit(std::uint32_t features) { cpu::limitFeatures(features); }
-    ~FeatureLimit() { cpu::limitFeatures(~0u); }
-};
 
 } // namespace toolbelt::test

@@ -1,8 +1,7 @@
-// What holds for every row of the registry: lengths, buffers, modes, memory.
+// What holds for every row of the registry: lengths, buffers, modes.
 #include <algorithm>
 
 #include "tests/cipher/cipher_support.h"
-#include "tests/support/test_heap.h"
 
 namespace toolbelt::test {
 namespace {
@@ -148,58 +147,6 @@ TEST(CipherContract, IdentityCopiesAnyLengthAndHasNoCbc)
         EXPECT_EQ(out, Bytes(length, 9));
     }
     EXPECT_EQ(none->encryptBlocks(nullptr, nullptr, -1), 26);
-}
-
-// Every allocation fails once: the creator answers null, a mode 25 with nothing transformed, and the object works on.
-// All blocks but the object itself are secrets, and none comes back unwiped (the test heap looks).
-TEST(CipherContract, MemoryRunsOutAndSecretsAreWiped)
-{
-    const Bytes iv = randomBytes(16, 15), plain = randomBytes(2048, 16);
-    for (const CipherRow& row : cipherRows) {
-        SCOPED_TRACE(row.id);
-        const Bytes key = randomBytes(row.keySize(nullptr), 17);
-        for (const std::uint32_t mode : {SYM_MODE_CBC, SYM_MODE_CBC_WORDSWAP, SYM_MODE_CFB}) {
-            Bytes out(plain.size());
-            const std::uint32_t injected = forEachFailingAllocation([&](TestHeap& heap) {
-                Cipher cipher = makeCipher(row.id, key);
-                if (!cipher) {
-                    EXPECT_TRUE(heap.failed());
-                    EXPECT_EQ(heap.held(), 0u);
-                    return;
-                }
-                cipher->setMode(mode);
-                std::uint32_t refused = 0;
-                for (const auto operation : {cipher->modeEncrypt, cipher->modeDecrypt}) {
-                    std::fill(out.begin(), out.end(), std::uint8_t(0x77));
-                    const Status status = operation(cipher.get(), iv.data(), plain.data(), out.data(), lengthOf(plain));
-                    refused += status == CRYPT_E_NO_MEMORY;
-                    if (status != CRYPT_E_NO_MEMORY) {
-                        EXPECT_EQ(status, row.id == 0 && mode != SYM_MODE_CFB ? 26 : CRYPT_OK);
-                    }
-                    if (status != CRYPT_OK) {
-                        EXPECT_EQ(out, Bytes(plain.size(), 0x77));
-                    }
-                }
-                if (heap.failed()) {
-                    EXPECT_TRUE(refused == 1 || (refused == 2 && !SecretBytes(1)))
-                        << refused << " refusals; one failure gives one, only failing onwards may give both";
-                    return;
-                }
-                EXPECT_EQ(refused, 0u);
-                if (row.id == 0) return;
-                if (mode != SYM_MODE_CFB) {
-                    EXPECT_EQ(heap.held(), 2u) << "the object and its schedule; no work area";
-                }
-                cipher.reset();
-                EXPECT_EQ(heap.allocations() - heap.secretsReleased(), 1u) << "all but the object are secrets";
-            });
-            EXPECT_GE(injected, row.id == 0 ? 2u : 8u);
-        }
-        // A refused or a cut key leaves nothing either; the destructor of the heap looks.
-        TestHeap heap;
-        for (const std::size_t length : {0u, 1u, 7u, 300u}) makeCipher(row.id, randomBytes(length, 18));
-        EXPECT_EQ(heap.held(), 0u);
-    }
 }
 
 } // namespace

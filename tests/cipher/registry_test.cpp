@@ -138,7 +138,8 @@ TEST(CipherKeys, VariableLengthsAreStoredAndOthersRefused)
     EXPECT_EQ(ecb(*makeCipher(11, key), true, plain), ecb(*makeCipher(13, key), true, plain));
     EXPECT_EQ(ecb(*makeCipher(27, key), true, plain), ecb(*makeCipher(28, key), true, plain));
     for (const CipherRow& row : cipherRows) {
-        EXPECT_EQ(Cipher(row.create(nullptr, 16)) == nullptr, row.id != 0) << row.id << ": no key where a length says one";
+        EXPECT_EQ(Cipher(row.create(nullptr, 16)) == nullptr, row.id != 0)
+            << row.id << ": no key where a length says one";
     }
 }
 

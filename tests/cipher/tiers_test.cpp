@@ -1,5 +1,6 @@
 // Processor features, the routines of Rijndael against each other, and GOST against a model written from its standard.
-#include "crypto/cipher/rijndael_aesni.h"
+#include "crypto/cipher/rijndael_tiers.h"
+#include "crypto/cipher/wide.h"
 #include "tests/cipher/cipher_support.h"
 
 namespace toolbelt::test {
@@ -26,6 +27,7 @@ TEST(CpuFeatures, AreThoseThatTheCompilerFindsAndCanBeLimited)
                                                  __builtin_cpu_supports("avx512bw") &&
                                                  __builtin_cpu_supports("avx512vl"));
     EXPECT_EQ((detected & cpu::IFMA) != 0, __builtin_cpu_supports("avx512ifma") != 0);
+    EXPECT_EQ((detected & cpu::VAES) != 0, __builtin_cpu_supports("vaes") && __builtin_cpu_supports("avx2"));
 
     char text[64];
     EXPECT_EQ(cpu::limitFeatures(0), 0u);
@@ -42,60 +44,85 @@ TEST(CpuFeatures, AreThoseThatTheCompilerFindsAndCanBeLimited)
     EXPECT_EQ(cpu::nameFeaturesInUse(nullptr, 0), 8u);
 }
 
-TEST(RijndaelTiers, GiveTheSameForEveryNumberOfBlocks)
+// The ciphers with faster twins, in whole numbers of blocks from none to more than any twin takes at once.
+TEST(CipherTiers, GiveTheSameForEveryNumberOfBlocksInEveryMode)
 {
-    if (!cpu::has(cpu::AES | cpu::SSE2)) GTEST_SKIP() << "no AES instructions; in use: " << featuresHere();
-    for (const std::uint32_t keyLength : {16u, 24u, 32u}) {
-        const Bytes key = randomBytes(keyLength, 30 + keyLength);
-        const Cipher fast = makeCipher(9, key);
-        const FeatureLimit limit(0);
-        const Cipher portable = makeCipher(9, key);
-        EXPECT_TRUE(rijndaelUsesAesni(*fast));
-        ASSERT_FALSE(rijndaelUsesAesni(*portable));
-        for (std::size_t blocks = 0; blocks <= 40; ++blocks) {
-            const Bytes in = randomBytes(16 * blocks, 31);
-            EXPECT_EQ(ecb(*fast, true, in), ecb(*portable, true, in)) << blocks;
-            EXPECT_EQ(ecb(*fast, false, in), ecb(*portable, false, in)) << blocks;
+    const struct
+    {
+        std::int32_t id;
+        std::uint32_t keyLength;
+    } ciphers[] = {{9, 16}, {9, 24}, {9, 32}, {1, 16}, {0x85, 32}, {0x87, 32}, {0x89, 32}};
+    for (const std::uint32_t features : featureSteps())
+        for (const auto& [id, keyLength] : ciphers) {
+            const std::uint32_t size = rowOf(id).blockSize();
+            const Bytes key = randomBytes(keyLength, 30 + keyLength), iv = randomBytes(size, 34);
+            const Cipher portable = [&, chosen = id] {
+                const FeatureLimit limit(0);
+                return makeCipher(chosen, key);
+            }();
+            const FeatureLimit limit(features);
+            const Cipher fast = makeCipher(id, key);
+            if (id == 9) {
+                ASSERT_EQ(rijndaelTier(*portable), nullptr);
+                const bool instructions = cpu::has(cpu::AES | cpu::SSE2);
+                EXPECT_EQ(rijndaelTier(*fast), !instructions         ? nullptr
+                                               : cpu::has(cpu::VAES) ? &rijndaelVaes
+                                                                     : &rijndaelAesni);
+            }
+            for (std::size_t blocks = 0; blocks <= 40; ++blocks) {
+                SCOPED_TRACE(testing::Message() << "cipher " << id << ", " << blocks << " blocks, " << features);
+                const Bytes in = randomBytes(size * blocks, 31);
+                ASSERT_EQ(ecb(*fast, true, in), ecb(*portable, true, in));
+                ASSERT_EQ(ecb(*fast, false, in), ecb(*portable, false, in));
+                for (const std::uint32_t mode : {SYM_MODE_CBC, SYM_MODE_CBC_WORDSWAP, SYM_MODE_CFB})
+                    for (const bool encrypt : {true, false}) {
+                        fast->setMode(mode);
+                        portable->setMode(mode);
+                        const Bytes expected = chained(*portable, encrypt, iv, in);
+                        ASSERT_EQ(chained(*fast, encrypt, iv, in), expected) << mode << encrypt;
+                        Bytes inPlace = in;
+                        const auto run = encrypt ? fast->modeEncrypt : fast->modeDecrypt;
+                        ASSERT_EQ(run(fast.get(), iv.data(), inPlace.data(), inPlace.data(), lengthOf(in)), CRYPT_OK);
+                        ASSERT_EQ(inPlace, expected) << mode << encrypt << " in place";
+                    }
+            }
         }
-    }
 }
 
 #if defined(__i386__)
-// Calls a function of five words with a stack that lies `off` bytes below a multiple of 16.
-void callMisaligned(std::uint32_t off, const void* function, const std::uint32_t (&arguments)[5])
-{
-    __asm__ __volatile__("movl %%esp, %%ebx\n\t"
-                         "andl $-16, %%esp\n\t"
-                         "subl %%esi, %%esp\n\t"
-                         "pushl 16(%%edi)\n\tpushl 12(%%edi)\n\tpushl 8(%%edi)\n\tpushl 4(%%edi)\n\tpushl (%%edi)\n\t"
-                         "call *%%eax\n\t"
-                         "movl %%ebx, %%esp"
-                         : "+a"(function)
-                         : "S"(off), "D"(&arguments)
-                         : "ebx", "ecx", "edx", "memory", "cc");
-}
-
-template <typename T>
-std::uint32_t word(T* pointer)
-{
-    return reinterpret_cast<std::uint32_t>(pointer);
-}
-
-TEST(RijndaelTiers, VectorCodeSurvivesAnyStackOfFourByteAlignment)
+TEST(CipherTiers, SurviveAnyStackOfFourByteAlignment)
 {
     if (!cpu::has(cpu::AES | cpu::SSE2)) GTEST_SKIP() << "no AES instructions; in use: " << featuresHere();
-    const Bytes keys = randomBytes(16 * 15, 32), in = randomBytes(16 * 13, 33);
+    const Bytes keys = randomBytes(16 * 15, 32), in = randomBytes(16 * 13, 33), iv = randomBytes(16, 34);
     const auto* roundKeys = reinterpret_cast<const std::uint32_t*>(keys.data());
-    for (const auto routine : {rijndaelEncryptAesni, rijndaelDecryptAesni}) {
-        Bytes expected(in.size());
-        routine(roundKeys, 14, in.data(), expected.data(), 13);
+    const auto survives = [&](RijndaelChained* routine) {
+        Bytes expected(in.size()), chain = iv;
+        routine(roundKeys, 14, chain.data(), in.data(), expected.data(), 13);
         for (std::uint32_t off = 0; off < 16; off += 4) {
             Bytes out(in.size());
+            chain = iv;
             callMisaligned(off, reinterpret_cast<const void*>(routine),
-                           {word(keys.data()), 14, word(in.data()), word(out.data()), 13});
+                           {word(keys.data()), 14, word(chain.data()), word(in.data()), word(out.data()), 13});
             EXPECT_EQ(out, expected) << off;
         }
-    }
+    };
+    for (RijndaelChained* routine :
+         {rijndaelCbcEncryptAesni, rijndaelCfbEncryptAesni, rijndaelAesni.cbcDecrypt, rijndaelAesni.cfbDecrypt})
+        survives(routine);
+    if (cpu::has(cpu::VAES))
+        for (RijndaelChained* routine : {rijndaelVaes.cbcDecrypt, rijndaelVaes.cfbDecrypt}) survives(routine);
+    if (cpu::has(cpu::AVX2))
+        for (WideBlocks* routine : {gostDecryptAvx2, ideaTransformAvx2, rc6DecryptAvx2, serpentDecryptAvx2}) {
+            const Bytes wideKeys = randomBytes(1000, 35), wideIn = randomBytes(16 * 16, 36);
+            Bytes expected(wideIn.size());
+            EXPECT_EQ(routine(wideKeys.data(), wideIn.data(), expected.data(), 16), 16u);
+            for (std::uint32_t off = 0; off < 16; off += 4) {
+                Bytes out(wideIn.size());
+                callMisaligned(off, reinterpret_cast<const void*>(routine),
+                               {word(wideKeys.data()), word(wideIn.data()), word(out.data()), 16});
+                EXPECT_EQ(out, expected) << off;
+            }
+        }
 }
 #endif
 

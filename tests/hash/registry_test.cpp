@@ -61,29 +61,6 @@ TEST(HashRegistry, UnknownIdsLeaveTheSlotAlone)
     destroyHash(nullptr);
 }
 
-TEST(HashRegistry, WithoutMemoryThereIsNoObjectAndNoError)
-{
-    for (const HashRow& row : hashRows) {
-        const std::uint32_t injected = test::forEachFailingAllocation([&](test::TestHeap& heap) {
-            cHashAlg* hash = reinterpret_cast<cHashAlg*>(1);
-            EXPECT_EQ(createHash(&hash, row.id), 0);
-            EXPECT_EQ(hash == nullptr, heap.failed());
-            if (hash == nullptr) return;
-            // No other operation allocates, so none can fail for memory later.
-            std::uint8_t output[64];
-            EXPECT_EQ(hashBuffer(hash, output, output, 0), 0);
-            EXPECT_EQ(heap.allocations(), 2u);
-            destroyHash(hash);
-        });
-        EXPECT_EQ(injected, 4u) << row.name;
-    }
-    test::TestHeap heap;
-    heap.failAt(1);
-    Md5Context* context;
-    EXPECT_EQ(allocateContext(&context), 2);
-    EXPECT_EQ(context, nullptr);
-}
-
 TEST(HashFramework, BaseSlotsAreStubsAndHashBufferStopsAtTheFirstFailure)
 {
     struct Bare final : cHashAlg

@@ -4,6 +4,7 @@
 #include <map>
 
 #include "tests/hash/hash_support.h"
+#include "tests/support/tiers.h"
 
 namespace toolbelt {
 namespace {
@@ -31,7 +32,7 @@ Bytes digestOf(std::int32_t id, const std::vector<Bytes>& updates)
     return test::finish(*hash);
 }
 
-TEST(HashVectors, EveryRecordOnEveryIdOfItsDigest)
+void checkEveryRecord()
 {
     // The closed list of messages for which the engine's Keccak-512 is not the standard one.
     std::map<std::string, Bytes> departures;
@@ -64,6 +65,15 @@ TEST(HashVectors, EveryRecordOnEveryIdOfItsDigest)
     }
     EXPECT_TRUE(departures.empty()) << "departures that no record asked for";
     for (const HashRow& row : hashRows) EXPECT_GE(runs[row.id], 45u) << row.name;
+}
+
+TEST(HashVectors, EveryRecordOnEveryIdOfItsDigestAndOnEveryTier)
+{
+    for (const std::uint32_t features : test::featureSteps()) {
+        SCOPED_TRACE(features);
+        const test::FeatureLimit limit(features);
+        checkEveryRecord();
+    }
 }
 
 TEST(HashKeccak, EveryUpdateIsAMessageOfItsOwn)

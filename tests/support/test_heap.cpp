@@ -6,6 +6,7 @@
 #include <cstring>
 #include <map>
 #include <mutex>
+#include <unordered_set>
 
 namespace toolbelt::test {
 namespace {
@@ -29,10 +30,23 @@ struct State
     std::uint32_t unknown = 0;
     std::uint32_t misplaced = 0;
     std::uint32_t plainGlobals = 0;
+    std::uint32_t plain = 0;
+    std::uint32_t secretsSeen = 0;
+    std::unordered_set<std::uint64_t> watched; // each eight bytes of the secrets, in both orders
 };
 
 State* state = nullptr;
 const heap::Backend* previous = nullptr;
+
+bool showsSecret(const std::uint8_t* bytes, std::size_t size)
+{
+    std::uint64_t window = 0;
+    for (std::size_t i = 0; i < size && !state->watched.empty(); ++i) {
+        window = window << 8 | bytes[i];
+        if (i >= 7 && state->watched.contains(window)) return true;
+    }
+    return false;
+}
 
 void* allocate(std::size_t size, bool global) noexcept
 {
@@ -63,11 +77,12 @@ void release(void* block, std::size_t secretSize, bool global) noexcept
     if (found->second.global != global) ++state->misplaced;
     // A secret block is wiped over all that was asked for, not over a part of it. One of the global heap always is a
     // secret: it may hold decoded keys.
-    if (secretSize == 0 && found->second.global) {
-        ++state->plainGlobals;
-    } else if (secretSize != 0) {
+    const auto* bytes = static_cast<const std::uint8_t*>(block);
+    if (secretSize == 0) {
+        ++(found->second.global ? state->plainGlobals : state->plain);
+        state->secretsSeen += showsSecret(bytes, found->second.size);
+    } else {
         ++state->secretsReleased;
-        const auto* bytes = static_cast<const std::uint8_t*>(block);
         for (std::size_t i = 0; i < found->second.size; ++i)
             if (bytes[i] != 0) {
                 ++state->unwiped;
@@ -96,6 +111,7 @@ TestHeap::~TestHeap()
     EXPECT_EQ(state->unwiped, 0u) << "blocks were released as secrets without being wiped over their whole size";
     EXPECT_EQ(state->unknown, 0u) << "blocks were released twice or never allocated";
     EXPECT_EQ(state->misplaced, 0u) << "blocks went back to the other heap";
+    EXPECT_EQ(state->secretsSeen, 0u) << "blocks were released as they are with a watched secret in them";
     EXPECT_EQ(state->plainGlobals, 0u) << "blocks of the global heap were not released as secrets";
     for (const auto& [block, what] : state->blocks) std::free(block);
     delete state;
@@ -109,6 +125,25 @@ void TestHeap::failAt(std::uint32_t n, bool onwards)
     state->failAt = n;
     state->onwards = onwards;
     state->failed = false;
+}
+
+void TestHeap::recover()
+{
+    const std::lock_guard lock(state->mutex);
+    state->failAt = 0;
+}
+
+void TestHeap::watch(const void* secret, std::size_t size)
+{
+    const auto* bytes = static_cast<const std::uint8_t*>(secret);
+    for (std::size_t at = 0; at + 8 <= size; ++at) {
+        std::uint64_t forwards = 0, backwards = 0;
+        for (std::size_t i = 0; i < 8; ++i) {
+            forwards = forwards << 8 | bytes[at + i];
+            backwards = backwards << 8 | bytes[at + 7 - i];
+        }
+        if (forwards != 0) state->watched.insert({forwards, backwards});
+    }
 }
 
 bool TestHeap::failed() const
@@ -130,6 +165,10 @@ std::uint32_t TestHeap::globalBlocks() const
 std::uint32_t TestHeap::secretsReleased() const
 {
     return state->secretsReleased;
+}
+std::uint32_t TestHeap::plainReleased() const
+{
+    return state->plain;
 }
 
 } // namespace toolbelt::test

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 
 #include "crypto/base/heap.h"
@@ -23,6 +24,8 @@ public:
 
     // The n-th allocation from now on fails (1: the next one; 0: none), and, when onwards is set, all after it.
     void failAt(std::uint32_t n, bool onwards = false);
+    // No allocation fails any more; what failed() says stays.
+    void recover();
     // Whether an allocation was made to fail since failAt.
     bool failed() const;
     // Allocations since the heap was put in place or failAt was called.
@@ -32,6 +35,10 @@ public:
     // Blocks held now, and blocks that were released wiped so far.
     std::uint32_t held() const;
     std::uint32_t secretsReleased() const;
+    // Blocks that were released as they are so far. With watch(), they fail the test when they hold eight bytes in a
+    // row of what is watched, in either order.
+    std::uint32_t plainReleased() const;
+    void watch(const void* secret, std::size_t size);
 };
 
 // Runs operation(heap) with the first, second, ... allocation failing until it runs without a failure, and again with

@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/test_heap.h"
 #include "tests/support/vectors.h"
 
 namespace toolbelt {
@@ -198,32 +197,6 @@ TEST(Der, PrefixesAndDamagedCertificatesDoNoHarm)
             });
         }
     }
-}
-
-TEST(Der, RunsOutOfMemoryWithoutLeavingAnything)
-{
-    const Bytes name = fromHex("301a310b3009060355040613025553310b3009060355040613024445"),
-                integer = fromHex("0203010001"), algorithm = fromHex("300d06092a864886f70d0101050500"),
-                other = fromHex("06032a8648");
-    const std::uint32_t injected = test::forEachFailingAllocation([&](test::TestHeap& heap) {
-        NameList list;
-        AlgorithmIdentifier record;
-        BigNum number;
-        const std::uint8_t* next = integer.data();
-        std::uint32_t left = size(integer);
-        Status status = readName(list, name.data(), size(name));
-        EXPECT_EQ(heap.held(), status ? 0 : 6u) << "node, identifier and value of each, or no half a list";
-        if (status == STATUS_OK) status = readAlgorithmIdentifier(record, algorithm.data(), size(algorithm));
-        if (status == STATUS_OK) status = readOid(record.oid, other.data(), size(other));
-        EXPECT_EQ(record.oid.text != nullptr, status == STATUS_OK) << "a text is given up before the next is read";
-        EXPECT_TRUE(status == STATUS_OK || status == DER_E_MEMORY);
-        const bool readsOn = status == STATUS_OK;
-        if (readsOn) status = readBigNum(number, &next, &left);
-        EXPECT_TRUE(status == STATUS_OK || status == (readsOn ? BN_E_MEMORY : DER_E_MEMORY));
-        EXPECT_EQ(left, status ? size(integer) : 0);
-        EXPECT_EQ(heap.failed(), status != STATUS_OK);
-    });
-    EXPECT_EQ(injected, 2 * (6 + 1 + 1 + 1u));
 }
 
 TEST(Der, ZeroSecondsMeanNow)

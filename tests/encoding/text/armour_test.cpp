@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/test_heap.h"
-
 namespace toolbelt {
 namespace {
 
@@ -153,29 +151,6 @@ TEST(Armour, EncodesBehindWhatIsThereAndProvesIt)
     EXPECT_FALSE(armouredEquals("YW=", 3, one, 1, nullptr, nullptr) ||
                  armouredEquals("YW=", 3, one, 2, nullptr, nullptr));
     EXPECT_TRUE(armouredEquals("YWJj", 4, abc, 3, nullptr, END));
-}
-
-// The heap also checks that every decoded byte was wiped before its block was released.
-TEST(Armour, OutOfMemoryLeavesTheBuffers)
-{
-    const std::string text = BEGIN + "\r\nVersion: 1\r\n\r\nYWJj\r\n"s + END + "-\r\n";
-    const std::uint32_t injected = test::forEachFailingAllocation([&](test::TestHeap& heap) {
-        cByteBuffer decoded, header, trailing, encoded;
-        for (cByteBuffer* buffer : {&decoded, &header, &trailing})
-            if (!buffer->append("old", 3)) return;
-        const bool read = decodeArmoured(decoded, text.data(), TEXT_ZERO_TERMINATED, BEGIN, END, &header, &trailing);
-        EXPECT_EQ(read, !heap.failed());
-        const std::string all = contents(decoded) + "|" + contents(header) + "|" + contents(trailing);
-        EXPECT_EQ(all, read ? "abc|Version: 1\r|-" : "old|old|old");
-        if (!read) return;
-        const bool written = encodeToBuffer(encoded, abc, 3, nullptr, nullptr, nullptr, nullptr, 3);
-        EXPECT_EQ(written, !heap.failed());
-        EXPECT_EQ(contents(encoded), heap.allocations() == 7 ? "" : "YWJj") << "the proof alone may have failed";
-        const bool plain = base64DecodeToBuffer(decoded, "YWI=");
-        EXPECT_TRUE(plain || heap.failed());
-        EXPECT_EQ(contents(decoded), plain ? "ab" : "");
-    });
-    EXPECT_EQ(injected, 2 * (6u + 3u));
 }
 
 } // namespace

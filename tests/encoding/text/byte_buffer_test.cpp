@@ -42,21 +42,5 @@ TEST(ByteBuffer, KeepsWhatIsInUseAndNeverShowsOldBytes)
     EXPECT_EQ(heap.globalBlocks(), heap.allocations()) << "every block is the system's global heap's";
 }
 
-TEST(ByteBuffer, OutOfMemoryChangesNothing)
-{
-    const std::uint32_t injected = test::forEachFailingAllocation([](test::TestHeap& heap) {
-        cByteBuffer buffer;
-        if (!buffer.append("abcd", 4)) return;
-        const bool grown = buffer.grow(1); // asks for half as much again, then for what is needed
-        const bool reserved = buffer.reserve(1000);
-        EXPECT_TRUE((grown && reserved) || heap.failed());
-        EXPECT_EQ(contents(buffer), grown ? "abcd\0"sv : "abcd"sv);
-        const bool allocated = buffer.allocate(10);
-        EXPECT_EQ(buffer.data() != nullptr, allocated);
-        EXPECT_EQ(buffer.length(), allocated ? 10u : 0u);
-    });
-    EXPECT_EQ(injected, 8u);
-}
-
 } // namespace
 } // namespace toolbelt

@@ -1,0 +1,23 @@
+// ChainedBlocks: the seam for a cipher that does a chaining mode and its blocks in one routine. Whole blocks go there,
+// and the chaining itself is left with lengths, statuses and the last part of a block.
+#pragma once
+
+#include <cstdint>
+
+namespace toolbelt {
+
+class cSymAlg;
+
+struct ChainedBlocks
+{
+    // chain holds the ciphertext block before the first one, and afterwards the last one; blocks is not 0. in and out
+    // are the same buffer or do not overlap.
+    using Routine = void(const cSymAlg& cipher, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out,
+                         std::uint32_t blocks);
+    Routine* cbcEncrypt;
+    Routine* cbcDecrypt;
+    Routine* cfbEncrypt;
+    Routine* cfbDecrypt;
+};
+
+} // namespace toolbelt

@@ -1,0 +1,123 @@
+// Every tier of the Montgomery product and of the schoolbook product, on operands that make digits, columns and carries
+// as large as they get. Expected values come from the portable products and from division.
+#include "crypto/bignum/digits.h"
+#include "crypto/bignum/modular.h"
+#include "crypto/bignum/montgomery.h"
+#include "tests/bignum/numbers.h"
+
+namespace toolbelt::test {
+namespace {
+
+Number powerOfTwo(std::uint32_t bit)
+{
+    Number number;
+    EXPECT_EQ(bnSetBit(number, bit), STATUS_OK);
+    return number;
+}
+
+// Odd moduli of that many bits: just below and above a power of two, with runs of zeros and ones, random.
+std::vector<Number> moduli(std::uint32_t bits, Dice& dice)
+{
+    std::vector<Number> result;
+    result.push_back(run(bnSubtractWord, powerOfTwo(bits), 1));
+    result.push_back(run(bnSubtractWord, powerOfTwo(bits), 59));
+    result.push_back(run(bnAddWord, powerOfTwo(bits - 1), 1));
+    for (int i = 0; i < 2; ++i) {
+        Number n = run(bnAdd, powerOfTwo(bits - 1), run(bnShiftRight, dice.number(bits / 64 + 1), 65 - bits % 64));
+        n.limbs[0] |= 1;
+        result.push_back(std::move(n));
+    }
+    return result;
+}
+
+TEST(BigNumTiers, PowersAgreeWithPlainOnes)
+{
+    Dice dice(21);
+    for (const std::uint32_t bits : {33,  63,   64,   65,   82,   83,   128,  160,  191,  193,  447, 512,
+                                     513, 1023, 1024, 1025, 1536, 2048, 3440, 3444, 3500, 4096, 4200}) {
+        for (const Number& n : moduli(bits, dice)) {
+            const Number exponent = run(bnShiftRight, dice.number(1), dice.below(bits < 1100 ? 30 : 45));
+            for (const Number& base :
+                 {run(bnSubtractWord, n, 1), run(bnShiftRight, n, 1), dice.number(bits / 64 + 2)}) {
+                const Number expected = run(bnModExp, base, exponent, n, true);
+                forEachTier([&] {
+                    ASSERT_EQ(run(bnModExp, base, exponent, n, false), expected)
+                        << hex(base) << " ^ " << hex(exponent) << " mod " << hex(n);
+                });
+            }
+        }
+    }
+}
+
+// A product r of a and b solves r R = a b modulo n, R being the power of two that the tier divides by, and stays in the
+// bound that it grants its operands.
+TEST(BigNumTiers, ProductsOfTheLargestValuesAndDigits)
+{
+    Dice dice(22);
+    for (const std::uint32_t bits : {33, 85, 96, 512, 1024, 2000, 3442, 4200, 13600, 52000}) {
+        for (const Number& n : moduli(bits, dice)) {
+            forEachTier([&] {
+                MontgomeryContext context(n);
+                ASSERT_EQ(context.build(), STATUS_OK);
+                ASSERT_EQ(context.kernel == nullptr, !cpu::has(cpu::SSE2) || bits == 52000) << "too long for digits";
+                if (context.kernel == nullptr) return;
+                const DigitModulus& digits = context.digits;
+                const std::size_t d = digits.digits;
+                const Number r = powerOfTwo(static_cast<std::uint32_t>(digits.bits * d));
+                const auto value = [&](auto fill) {
+                    Number array;
+                    EXPECT_EQ(detail::resizeLimbs(array, context.size), STATUS_OK);
+                    fill(array.limbs);
+                    return array;
+                };
+                const auto number = [&](const Number& array) {
+                    Number result;
+                    EXPECT_EQ(fromDigits(result, array.limbs, d, digits.bits), STATUS_OK);
+                    return result;
+                };
+                // 2 n c - 1, and all digits but the upper ones at their bound.
+                Number c("00"), most;
+                c.limbs[0] = context.inverseN.limbs[0] & ((Digit{1} << digits.bits) - 1);
+                most = run(bnSubtractWord, run(bnShiftLeft, run(bnMultiply, n, c), 1u), 1);
+                const Digit bound = (Digit{1} << digits.bits) + (Digit{1} << (64 - 2 * digits.bits));
+                const std::size_t full = bits > 3 * digits.bits ? bits / digits.bits - 2 : 1;
+                const Number values[] = {
+                    value([&](Digit* x) { toDigits(x, d, digits.bits, most); }),
+                    value([&](Digit* x) { std::fill(x, x + full, bound); }),
+                    value([&](Digit* x) { toDigits(x, d, digits.bits, run(bnSubtractWord, n, 1)); }),
+                };
+                for (const Number& a : values)
+                    for (const Number& b : values) {
+                        const Number product = value([](Digit*) {});
+                        context.product(product.limbs, a.limbs, b.limbs);
+                        const Number result = number(product);
+                        ASSERT_LE(bnCompare(result, most), 0) << hex(n);
+                        for (std::size_t i = 0; i < d; ++i) ASSERT_LE(product.limbs[i], bound);
+                        ASSERT_EQ(run(bnModMultiply, result, r, n), run(bnModMultiply, number(a), number(b), n))
+                            << hex(n);
+                    }
+            });
+        }
+    }
+}
+
+TEST(BigNumTiers, SchoolbookProducts)
+{
+    Dice dice(23);
+    const Number ones(std::string(256, 'f'));
+    for (std::uint32_t na = 1; na <= 17; ++na)
+        for (std::uint32_t nb = 1; nb <= 17; ++nb)
+            for (int round = 0; round < 4; ++round) {
+                const Number a = dice.number(na), b = round ? dice.number(nb) : run(bnShiftRight, ones, 1024 - 64 * nb);
+                std::vector<std::string> products, squares;
+                forEachTier([&] {
+                    products.push_back(hex(run(bnMultiply, a, b)));
+                    squares.push_back(hex(run(bnMultiply, a, a)));
+                });
+                for (std::size_t i = 1; i < products.size(); ++i)
+                    ASSERT_TRUE(products[i] == products[0] && squares[i] == squares[0]) << hex(a) << " * " << hex(b);
+            }
+}
+
+} // namespace
+} // namespace toolbelt::test

@@ -1,0 +1,99 @@
+// The routines of each digest against each other: which one a processor gets, the same digests from all, any stack.
+#include <random>
+
+#include "crypto/hash/keccak512.h"
+#include "crypto/hash/sha1.h"
+#include "crypto/hash/sha256.h"
+#include "crypto/hash/sha512.h"
+#include "crypto/hash/skein512.h"
+#include "crypto/hash/whirlpool.h"
+#include "tests/hash/hash_support.h"
+#include "tests/support/tiers.h"
+
+namespace toolbelt {
+namespace {
+
+using test::Bytes;
+using test::FeatureLimit;
+
+TEST(HashTiers, AreChosenByWhatTheyNeed)
+{
+    const auto chosen = [](std::uint32_t features) {
+        const FeatureLimit limit(features);
+        Sha1Context sha1;
+        Sha256Context sha256;
+        Sha512Context sha512;
+        Skein512Context skein;
+        WhirlpoolContext whirlpool;
+        Keccak512Context keccak;
+        sha1Choose(&sha1), sha256Choose(&sha256), sha512Choose(&sha512);
+        skein512Choose(&skein), whirlpoolChoose(&whirlpool), keccak512Choose(&keccak);
+        return std::make_tuple(sha1.compress, sha256.compress, sha512.compress, skein.compress, whirlpool.compress,
+                               keccak.absorb);
+    };
+    EXPECT_EQ(chosen(0), std::make_tuple(sha1Compress, sha256Compress, sha512Compress, skein512Compress,
+                                         whirlpoolCompress, keccak512Absorb));
+    if (!cpu::has(cpu::SSE2 | cpu::SSSE3 | cpu::SHA | cpu::AVX2)) GTEST_SKIP() << "only the portable ones run here";
+    EXPECT_EQ(chosen(cpu::SSE2 | cpu::SHA),
+              std::make_tuple(sha1Compress, sha256Compress, sha512Compress, skein512Compress, whirlpoolCompressSse2,
+                              keccak512AbsorbSse2));
+    EXPECT_EQ(chosen(~0u), std::make_tuple(sha1CompressShani, sha256CompressShani, sha512CompressAvx2,
+                                           skein512CompressAvx2, whirlpoolCompressSse2, keccak512AbsorbSse2));
+}
+
+TEST(HashTiers, GiveTheSameWhateverTheSplitAndTheAlignment)
+{
+    std::mt19937 random(7);
+    Bytes message(5000);
+    for (std::uint8_t& byte : message) byte = static_cast<std::uint8_t>(random());
+    for (const HashRow& row : hashRows)
+        for (const std::uint32_t features : test::featureSteps()) {
+            const test::Hash portable = [&] {
+                const FeatureLimit limit(0);
+                return test::makeHash(row.id);
+            }();
+            const FeatureLimit limit(features);
+            const test::Hash hash = test::makeHash(row.id);
+            for (int round = 0; round < 60; ++round) {
+                ASSERT_EQ(portable->reset(), 0);
+                ASSERT_EQ(hash->reset(), 0);
+                for (std::size_t at = random() % 16; at < message.size();) {
+                    const std::size_t size = std::min<std::size_t>(random() % 1500, message.size() - at);
+                    ASSERT_EQ(portable->update(&message[at], static_cast<std::uint32_t>(size)), 0);
+                    test::updateExactly(*hash, &message[at], size);
+                    at += size + random() % 1500;
+                }
+                ASSERT_EQ(test::finish(*hash), test::finish(*portable)) << row.name << " with " << features;
+            }
+        }
+}
+
+#if defined(__i386__)
+template <typename State>
+void survives(Compress<State>* routine)
+{
+    const Bytes blocks = test::pattern(3 * 128 + 1);
+    State expected = {};
+    routine(expected, &blocks[1], 3);
+    for (std::uint32_t off = 0; off < 16; off += 4) {
+        State state = {};
+        test::callMisaligned(off, reinterpret_cast<const void*>(routine),
+                             {test::word(&state), test::word(&blocks[1]), 3});
+        EXPECT_EQ(std::memcmp(&state, &expected, sizeof state), 0) << off;
+    }
+}
+
+TEST(HashTiers, SurviveAnyStackOfFourByteAlignment)
+{
+    if (!cpu::has(cpu::SSE2 | cpu::SSSE3 | cpu::SHA | cpu::AVX2)) GTEST_SKIP() << "only the portable ones run here";
+    survives(sha1CompressShani);
+    survives(sha256CompressShani);
+    survives(sha512CompressAvx2);
+    survives(skein512CompressAvx2);
+    survives(whirlpoolCompressSse2);
+    survives(keccak512AbsorbSse2);
+}
+#endif
+
+} // namespace
+} // namespace toolbelt
