@@ -19,13 +19,13 @@ struct Options
     const char* end() const { return endLine.empty() ? nullptr : endLine.c_str(); }
 };
 
-std::shared_ptr<Options> addCommonOptions(CLI::App& app)
+std::shared_ptr<Options> addCommonOptions(Parser& parser)
 {
     const auto options = std::make_shared<Options>();
-    app.add_option("IN", options->in, "the file to read, - for standard input")->required()->type_name("");
-    app.add_option("OUT", options->out, "the file to write, - for standard output")->required()->type_name("");
-    app.add_option("--begin", options->beginLine, "the line in front of the text")->type_name("TEXT");
-    app.add_option("--end", options->endLine, "the line behind the text; goes with --begin")->type_name("TEXT");
+    parser.option("IN", options->in, "the file to read, - for standard input").required().value("");
+    parser.option("OUT", options->out, "the file to write, - for standard output").required().value("");
+    parser.option("--begin", options->beginLine, "the line in front of the text").value("TEXT");
+    parser.option("--end", options->endLine, "the line behind the text; goes with --begin").value("TEXT");
     return options;
 }
 
@@ -65,14 +65,15 @@ Bytes decode(const Options& options, const Bytes& text)
 
 } // namespace
 
-Action prepareArmour(CLI::App& app)
+Action prepareArmour(Parser& parser)
 {
-    const std::shared_ptr<Options> options = addCommonOptions(app);
-    app.add_option("--version", options->version, "a `Version:` line in front of the text")->type_name("TEXT");
-    app.add_flag("--no-checksum", options->noChecksum, "no CRC-24 line behind the text");
-    app.add_flag("--no-breaks", options->noBreaks, "one long line; only without checksum, --begin and --version");
-    app.footer("Files of up to 256 MB. Lines end in CR LF.\n\n"
-               "Example: toolbelt armour --begin \"-----BEGIN DATA-----\" --end \"-----END DATA-----\" in.bin out.txt");
+    const std::shared_ptr<Options> options = addCommonOptions(parser);
+    parser.option("--version", options->version, "a `Version:` line in front of the text").value("TEXT");
+    parser.flag("--no-checksum", options->noChecksum, "no CRC-24 line behind the text");
+    parser.flag("--no-breaks", options->noBreaks, "one long line; only without checksum, --begin and --version");
+    parser.footer(
+        "Files of up to 256 MB. Lines end in CR LF.\n\n"
+        "Example: toolbelt armour --begin \"-----BEGIN DATA-----\" --end \"-----END DATA-----\" in.bin out.txt");
     return [options]() {
         checkLines(*options);
         writeWhole(options->out, encode(*options, readWhole(options->in, DATA_LIMIT)));
@@ -80,10 +81,10 @@ Action prepareArmour(CLI::App& app)
     };
 }
 
-Action prepareDearmour(CLI::App& app)
+Action prepareDearmour(Parser& parser)
 {
-    const std::shared_ptr<Options> options = addCommonOptions(app);
-    app.footer(
+    const std::shared_ptr<Options> options = addCommonOptions(parser);
+    parser.footer(
         "With --begin and --end, what stands between these lines is decoded, header lines skipped; without them the\n"
         "whole text. A checksum line is checked. Characters that are no base64 digits are skipped. Texts of up to 400 "
         "MB.\n\n"

@@ -70,7 +70,7 @@ const Operation& findOperation(const std::string& name)
 
 } // namespace
 
-Action prepareBignum(CLI::App& app)
+Action prepareBignum(Parser& parser)
 {
     struct Options
     {
@@ -78,19 +78,20 @@ Action prepareBignum(CLI::App& app)
         std::vector<std::string> numbers;
     };
     const auto options = std::make_shared<Options>();
-    app.add_option("OP", options->operation, "the operation")->required()->type_name("");
-    app.add_option("A", options->numbers, "hex numbers, either case, with or without 0x")->required()->type_name("");
-    app.footer("  add A B   sub A B   mul A B   sqr A   gcd A B\n"
-               "  div A B             quotient, then remainder\n"
-               "  mod A B             the remainder alone\n"
-               "  shl A N, shr A N    shifts by N bits; N is hexadecimal too\n"
-               "  inverse A N         1/A mod N\n"
-               "  modmul A B N        A * B mod N\n"
-               "  modexp A E N        A to the power of E, mod N\n"
-               "  prime A             prime or composite, by 25 Fermat rounds: a Carmichael number may pass\n"
-               "One result a line, in lower-case hex without leading zeros. A result that does not exist (a negative\n"
-               "difference, a division by 0, no inverse) has exit code 3.\n\n"
-               "Example: toolbelt bignum modexp 2 10001 ffffffffffffffc5");
+    parser.option("OP", options->operation, "the operation").required().value("");
+    parser.option("A", options->numbers, "hex numbers, either case, with or without 0x").required().value("");
+    parser.footer(
+        "  add A B   sub A B   mul A B   sqr A   gcd A B\n"
+        "  div A B             quotient, then remainder\n"
+        "  mod A B             the remainder alone\n"
+        "  shl A N, shr A N    shifts by N bits; N is hexadecimal too\n"
+        "  inverse A N         1/A mod N\n"
+        "  modmul A B N        A * B mod N\n"
+        "  modexp A E N        A to the power of E, mod N\n"
+        "  prime A             prime or composite, by 25 Fermat rounds: a Carmichael number may pass\n"
+        "One result a line, in lower-case hex without leading zeros. A result that does not exist (a negative\n"
+        "difference, a division by 0, no inverse) has exit code 3.\n\n"
+        "Example: toolbelt bignum modexp 2 10001 ffffffffffffffc5");
     return [options]() {
         const Operation& operation = findOperation(options->operation);
         if (options->numbers.size() != operation.operands)

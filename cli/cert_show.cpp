@@ -284,13 +284,14 @@ Fact certificateFact(const std::string& name, const CertificateInfo& certificate
 
 } // namespace
 
-Action prepareCertShow(CLI::App& app)
+Action prepareCertShow(Parser& parser)
 {
     const auto files = std::make_shared<std::vector<std::string>>();
-    app.add_option("FILE", *files, "certificates, PEM or DER")->required()->type_name("");
-    app.footer("Names are in the order of the certificate. What could play tricks on a terminal is shown as \\xNN or "
-               "\\uNNNN.\n\n"
-               "Example: toolbelt cert show server.pem");
+    parser.option("FILE", *files, "certificates, PEM or DER").required().value("");
+    parser.footer(
+        "Names are in the order of the certificate. What could play tricks on a terminal is shown as \\xNN or "
+        "\\uNNNN.\n\n"
+        "Example: toolbelt cert show server.pem");
     return [files]() {
         return forEach(*files, [](const std::string& file) {
             return forEach(readCertificates(file), [](const Document& document) {

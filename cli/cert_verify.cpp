@@ -158,7 +158,7 @@ void printTotals(const std::map<Verdict, unsigned>& counts, unsigned unreadable)
 
 } // namespace
 
-Action prepareCertVerify(CLI::App& app)
+Action prepareCertVerify(Parser& parser)
 {
     struct Options
     {
@@ -166,12 +166,12 @@ Action prepareCertVerify(CLI::App& app)
         std::vector<std::string> files;
     };
     const auto options = std::make_shared<Options>();
-    app.add_option("--issuer", options->issuer, "check with the key of this certificate (the first of the file)")
-        ->type_name("FILE");
-    app.add_option("--at", options->date, "judge the dates at the start of this day, UTC, instead of now")
-        ->type_name("YYYY-MM-DD");
-    app.add_option("FILE", options->files, "certificates, PEM or DER")->required()->type_name("");
-    app.footer(
+    parser.option("--issuer", options->issuer, "check with the key of this certificate (the first of the file)")
+        .value("FILE");
+    parser.option("--at", options->date, "judge the dates at the start of this day, UTC, instead of now")
+        .value("YYYY-MM-DD");
+    parser.option("FILE", options->files, "certificates, PEM or DER").required().value("");
+    parser.footer(
         "Prints `FILE: ` and a verdict for each certificate (FILE#1, FILE#2 ... where a file holds several), then a\n"
         "line of totals. Without --issuer a certificate is checked with its own key, so only self-signed ones are ok.\n"
         "The verdict is the first of these that applies: malformed (bytes left over behind a certificate included),\n"

@@ -165,22 +165,22 @@ ExitCode listCiphers()
     return EXIT_DONE;
 }
 
-Action prepareTransform(CLI::App& app, bool decrypt)
+Action prepareTransform(Parser& parser, bool decrypt)
 {
     const auto options = std::make_shared<Options>();
     options->decrypt = decrypt;
-    app.add_option("-c,--cipher", options->algorithm, "registry id (9, 0x88) or name (toolbelt cipher --list)")
-        ->type_name("ALG");
-    app.add_option("-m,--mode", options->mode, "ecb, cbc (the default), cbc-wordswap or cfb")
-        ->type_name("MODE")
-        ->check(CLI::IsMember({"ecb", "cbc", "cbc-wordswap", "cfb"}));
-    app.add_option("--key", options->key, "the key, two digits a byte")->required()->type_name("HEX");
-    app.add_option("--iv", options->iv, "one block; zeros when it is not given")->type_name("HEX");
-    app.add_flag("--pad", options->pad, "fill up to whole blocks as PKCS #7 tells, or take that off");
-    app.add_option("IN", options->in, "the file to read, - for standard input")->required()->type_name("");
-    app.add_option("OUT", options->out, "the file to write, - for standard output")->required()->type_name("");
+    parser.option("-c,--cipher", options->algorithm, "registry id (9, 0x88) or name (toolbelt cipher --list)")
+        .value("ALG");
+    parser.option("-m,--mode", options->mode, "ecb, cbc (the default), cbc-wordswap or cfb")
+        .value("MODE")
+        .oneOf({"ecb", "cbc", "cbc-wordswap", "cfb"});
+    parser.option("--key", options->key, "the key, two digits a byte").required().value("HEX");
+    parser.option("--iv", options->iv, "one block; zeros when it is not given").value("HEX");
+    parser.flag("--pad", options->pad, "fill up to whole blocks as PKCS #7 tells, or take that off");
+    parser.option("IN", options->in, "the file to read, - for standard input").required().value("");
+    parser.option("OUT", options->out, "the file to write, - for standard output").required().value("");
     const std::string verb = decrypt ? "decrypt" : "encrypt";
-    app.footer(
+    parser.footer(
         "Without --pad the bytes are taken as they are: ecb, cbc and cbc-wordswap want whole blocks, cfb takes any\n"
         "length. Nothing in the output proves that the key was right. Others can see a key on the command line.\n\n"
         "Example: toolbelt cipher " +
@@ -190,22 +190,22 @@ Action prepareTransform(CLI::App& app, bool decrypt)
 
 } // namespace
 
-Action prepareCipherEncrypt(CLI::App& app)
+Action prepareCipherEncrypt(Parser& parser)
 {
-    return prepareTransform(app, false);
+    return prepareTransform(parser, false);
 }
 
-Action prepareCipherDecrypt(CLI::App& app)
+Action prepareCipherDecrypt(Parser& parser)
 {
-    return prepareTransform(app, true);
+    return prepareTransform(parser, true);
 }
 
-Action prepareCipher(CLI::App& app)
+Action prepareCipher(Parser& parser)
 {
     const auto list = std::make_shared<bool>(false);
-    app.add_flag("--list", *list, "all ciphers: id, name, default and largest key size in bytes, block size, offered");
-    app.footer("`toolbelt cipher encrypt --help` and `toolbelt cipher decrypt --help` tell the rest.\n\n"
-               "Example: toolbelt cipher --list");
+    parser.flag("--list", *list, "all ciphers: id, name, default and largest key size in bytes, block size, offered");
+    parser.footer("`toolbelt cipher encrypt --help` and `toolbelt cipher decrypt --help` tell the rest.\n\n"
+                  "Example: toolbelt cipher --list");
     return [list]() {
         if (!*list) throw UsageError("cipher needs encrypt, decrypt or --list");
         return listCiphers();

@@ -6,37 +6,37 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "cli/errors.h"
+#include "cli/parser.h"
 
 namespace toolbelt::cli {
 
 using Action = std::function<ExitCode()>;
 
-Action prepareDigest(CLI::App& app);
-Action prepareCipher(CLI::App& app);
-Action prepareCipherEncrypt(CLI::App& app);
-Action prepareCipherDecrypt(CLI::App& app);
-Action prepareBignum(CLI::App& app);
-Action prepareArmour(CLI::App& app);
-Action prepareDearmour(CLI::App& app);
-Action prepareDerDump(CLI::App& app);
-Action prepareKeyGenerate(CLI::App& app);
-Action prepareKeyShow(CLI::App& app);
-Action prepareKeySsh(CLI::App& app);
-Action prepareSign(CLI::App& app);
-Action prepareVerify(CLI::App& app);
-Action prepareEncrypt(CLI::App& app);
-Action prepareDecrypt(CLI::App& app);
-Action prepareCertShow(CLI::App& app);
-Action prepareCertVerify(CLI::App& app);
-Action prepareDialog(CLI::App& app);
-Action prepareJsonFormat(CLI::App& app);
-Action prepareTextShow(CLI::App& app);
-Action prepareTextFind(CLI::App& app);
-Action preparePost(CLI::App& app);
-Action prepareSystem(CLI::App& app);
+Action prepareDigest(Parser& parser);
+Action prepareCipher(Parser& parser);
+Action prepareCipherEncrypt(Parser& parser);
+Action prepareCipherDecrypt(Parser& parser);
+Action prepareBignum(Parser& parser);
+Action prepareArmour(Parser& parser);
+Action prepareDearmour(Parser& parser);
+Action prepareDerDump(Parser& parser);
+Action prepareKeyGenerate(Parser& parser);
+Action prepareKeyShow(Parser& parser);
+Action prepareKeySsh(Parser& parser);
+Action prepareSign(Parser& parser);
+Action prepareVerify(Parser& parser);
+Action prepareEncrypt(Parser& parser);
+Action prepareDecrypt(Parser& parser);
+Action prepareCertShow(Parser& parser);
+Action prepareCertVerify(Parser& parser);
+Action prepareDialog(Parser& parser);
+Action prepareJsonFormat(Parser& parser);
+Action prepareTextShow(Parser& parser);
+Action prepareTextFind(Parser& parser);
+Action preparePost(Parser& parser);
+Action prepareSystem(Parser& parser);
+Action prepareSpeed(Parser& parser);
 
 // Runs the work; one that fails is reported, and others may still run. The system's refusal ends it all.
 template <typename Work>

@@ -199,13 +199,11 @@ private:
 
 } // namespace
 
-Action prepareDerDump(CLI::App& app)
+Action prepareDerDump(Parser& parser)
 {
     const auto file = std::make_shared<std::string>();
-    app.add_option("FILE", *file, "DER, or PEM of any kind; of several blocks each is shown")
-        ->required()
-        ->type_name("");
-    app.footer(
+    parser.option("FILE", *file, "DER, or PEM of any kind; of several blocks each is shown").required().value("");
+    parser.footer(
         "A line for each element: offset, length of the header, length of the content, tag and value. What OCTET and\n"
         "BIT STRINGs hold is shown too where it is DER. Up to 64 levels.\n\n"
         "Example: toolbelt der dump server.pem");

@@ -6,7 +6,6 @@
 #include "Includes/cDlg/colored_dlg.h"
 #include "Includes/cDlg/countdown.h"
 #include "Includes/cDlg/dialog_drawing.h"
-#include "Includes/cDlg/header_layout.h"
 #include "Includes/stringFuncs/conversion.h"
 #include "cli/command.h"
 #include "cli/dialogs.h"
@@ -102,7 +101,14 @@ protected:
     {
         if (!options_.screenshot.empty() && picture_.empty()) picture_ = pictureOf(this->window);
     }
-    void setText(int id, const std::string& text) { SetDlgItemTextW(this->window, id, toWide(text).c_str()); }
+    // A text that is there already is not painted again.
+    void setText(int id, const std::string& text)
+    {
+        const std::wstring wanted = toWide(text);
+        std::wstring shown(wanted.size() + 2, L'\0');
+        shown.resize(GetDlgItemTextW(this->window, id, shown.data(), static_cast<int>(shown.size())));
+        if (shown != wanted) SetDlgItemTextW(this->window, id, wanted.c_str());
+    }
     void paintIcon(HDC device)
     {
         const auto icon = reinterpret_cast<HICON>(SendMessageW(this->window, WM_GETICON, ICON_BIG, 0));
@@ -176,44 +182,49 @@ public:
     MessageResult handle(UINT message, WPARAM word, LPARAM parameter) override
     {
         const MessageResult answer = Shown::handle(message, word, parameter);
-        if (message == WM_ERASEBKGND && answer != 0) paintIcon(reinterpret_cast<HDC>(word));
         // The texts stand on the gradient itself, not on a plate of their own.
         if (message == WM_CTLCOLORSTATIC && answer != 0)
             return reinterpret_cast<MessageResult>(GetStockObject(NULL_BRUSH));
         if (message == WM_SIZE) follow({LOWORD(parameter), HIWORD(parameter)});
         return answer;
     }
+    void OnBackgroundPainted(HDC device) override { paintIcon(device); }
     void start() override
     {
         CheckRadioButton(window, FORM_PEM, FORM_DER, FORM_PEM);
         RECT client;
         GetClientRect(window, &client);
-        size_ = {client.right, client.bottom};
+        designed_ = {client.right, client.bottom};
+        for (Follower& follower : followers_) {
+            GetWindowRect(GetDlgItem(window, follower.id), &follower.designed);
+            MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&follower.designed), 2);
+        }
     }
 
 private:
-    // The group grows with the dialog, and the buttons stay in its corner.
+    struct Follower
+    {
+        int id;
+        bool grows;
+        RECT designed; // its place in the dialog as it was opened
+    };
+
+    // The group grows with the dialog, and the buttons stay in its corner. From where they were at first, so that a
+    // move that failed is made up for by the next.
     void follow(SIZE size)
     {
-        if (size_.cx == 0 || size.cx == 0) return;
-        const int dx = size.cx - size_.cx, dy = size.cy - size_.cy;
-        size_ = size;
-        const auto change = [this](int id, int x, int y, int width, int height) {
-            RECT place;
-            GetWindowRect(GetDlgItem(window, id), &place);
-            MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
-            SetWindowPos(GetDlgItem(window, id), nullptr, place.left + x, place.top + y,
-                         place.right - place.left + width, place.bottom - place.top + height,
-                         SWP_NOZORDER | SWP_NOACTIVATE);
-        };
-        change(GROUP_FORM, 0, 0, dx, dy);
-        change(IDOK, dx, dy, 0, 0);
-        change(IDCANCEL, dx, dy, 0, 0);
+        if (designed_.cx == 0 || size.cx == 0) return;
+        const int dx = size.cx - designed_.cx, dy = size.cy - designed_.cy;
+        for (const auto& [id, grows, place] : followers_)
+            SetWindowPos(GetDlgItem(window, id), nullptr, place.left + (grows ? 0 : dx), place.top + (grows ? 0 : dy),
+                         place.right - place.left + (grows ? dx : 0), place.bottom - place.top + (grows ? dy : 0),
+                         SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOREDRAW);
         // A group paints its frame alone: what it uncovers or grows over is drawn anew.
         RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
     }
 
-    SIZE size_ = {};
+    SIZE designed_ = {};
+    Follower followers_[3] = {{GROUP_FORM, true, {}}, {IDOK, false, {}}, {IDCANCEL, false, {}}};
 };
 
 class CountdownDialog : public Shown<cDlg>, cCountdownButton
@@ -227,8 +238,9 @@ public:
         if (message == WM_PAINT) return paintWithIcon();
         if (message == WM_TIMER && word == FIGURES_TIMER) return showFigures();
         if (message == SEARCH_ENDED) {
+            search_->rethrowFailure();
             takePicture();
-            EndDialog(window, search_->found() ? IDOK : IDCANCEL);
+            EndDialog(window, IDOK);
             return 1;
         }
         return Shown::handle(message, word, parameter);
@@ -273,23 +285,24 @@ int show(const Options& options)
 
 } // namespace
 
-Action prepareDialog(CLI::App& app)
+Action prepareDialog(Parser& parser)
 {
     const auto options = std::make_shared<Options>();
-    app.add_option("KIND", options->kind, "plain, coloured or countdown")
-        ->required()
-        ->check(CLI::IsMember({"plain", "coloured", "countdown"}))
-        ->type_name("");
-    app.add_option("--screenshot", options->screenshot,
-                   "writes a picture of the dialog; plain and coloured are then closed")
-        ->type_name("FILE.bmp");
-    app.add_option("--seconds", options->seconds, "countdown: the seconds until Cancel is pressed; 30")
-        ->check(CLI::Range(1u, 3600u))
-        ->type_name("N");
-    app.add_option("--bits", options->bits, "countdown: size of the key that is searched for; 4096")
-        ->check(CLI::Range(512u, 16384u))
-        ->type_name("N");
-    app.footer(
+    parser.option("KIND", options->kind, "plain, coloured or countdown")
+        .required()
+        .oneOf({"plain", "coloured", "countdown"})
+        .value("");
+    parser
+        .option("--screenshot", options->screenshot,
+                "writes a picture of the dialog; plain and coloured are then closed")
+        .value("FILE.bmp");
+    parser.option("--seconds", options->seconds, "countdown: the seconds until Cancel is pressed; 30")
+        .range(1, 3600)
+        .value("N");
+    parser.option("--bits", options->bits, "countdown: size of the key that is searched for; 4096")
+        .range(512, 16384)
+        .value("N");
+    parser.footer(
         "Prints the command that closed the dialog: ok or cancel. The countdown dialog searches for a key until\n"
         "one is found (ok), or Cancel is pressed or presses itself (cancel); the key is thrown away.\n\n"
         "Example: toolbelt dialog coloured --screenshot header.bmp");

@@ -69,7 +69,7 @@ ExitCode listDigests()
 
 } // namespace
 
-Action prepareDigest(CLI::App& app)
+Action prepareDigest(Parser& parser)
 {
     struct Options
     {
@@ -78,13 +78,14 @@ Action prepareDigest(CLI::App& app)
         bool showAll = false;
     };
     const auto options = std::make_shared<Options>();
-    app.add_option("-a,--algorithm", options->algorithm, "registry id (2, 0x80) or name (sha1)")->type_name("ALG");
-    app.add_option("--check", options->list, "check the files of a list of lines `hex  file`")->type_name("LIST");
-    app.add_flag("--list", options->showAll, "the digests on offer: id, name, size in bytes");
-    app.add_option("FILE", options->files, "files")->type_name("");
-    app.footer("Prints `hex  file` for each file. With --check: `FILE: ok` or `FILE: FAILED` for each line of LIST;\n"
-               "exit code 1 when a file differs, else 3 when one cannot be read or LIST is malformed.\n\n"
-               "Example: toolbelt digest -a sha256 a.bin b.bin > sums && toolbelt digest -a sha256 --check sums");
+    parser.option("-a,--algorithm", options->algorithm, "registry id (2, 0x80) or name (sha1)").value("ALG");
+    parser.option("--check", options->list, "check the files of a list of lines `hex  file`").value("LIST");
+    parser.flag("--list", options->showAll, "the digests on offer: id, name, size in bytes");
+    parser.option("FILE", options->files, "files").value("");
+    parser.footer(
+        "Prints `hex  file` for each file. With --check: `FILE: ok` or `FILE: FAILED` for each line of LIST;\n"
+        "exit code 1 when a file differs, else 3 when one cannot be read or LIST is malformed.\n\n"
+        "Example: toolbelt digest -a sha256 a.bin b.bin > sums && toolbelt digest -a sha256 --check sums");
     return [options]() {
         if (options->showAll) return listDigests();
         if (options->algorithm.empty()) throw UsageError("-a ALG is required");

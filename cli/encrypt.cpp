@@ -74,31 +74,31 @@ ExitCode decryptFile(const Options& options)
     return EXIT_DONE;
 }
 
-std::shared_ptr<Options> addCommonOptions(CLI::App& app, const char* key)
+std::shared_ptr<Options> addCommonOptions(Parser& parser, const char* key)
 {
     const auto options = std::make_shared<Options>();
-    app.add_option("--key", options->key, key)->required()->type_name("KEY");
-    app.add_option("IN", options->in, "the file to read, - for standard input")->required()->type_name("");
-    app.add_option("OUT", options->out, "the file to write, - for standard output")->required()->type_name("");
+    parser.option("--key", options->key, key).required().value("KEY");
+    parser.option("IN", options->in, "the file to read, - for standard input").required().value("");
+    parser.option("OUT", options->out, "the file to write, - for standard output").required().value("");
     return options;
 }
 
 } // namespace
 
-Action prepareEncrypt(CLI::App& app)
+Action prepareEncrypt(Parser& parser)
 {
-    const std::shared_ptr<Options> options = addCommonOptions(app, "a public key, or a certificate");
-    app.footer(
+    const std::shared_ptr<Options> options = addCommonOptions(parser, "a public key, or a certificate");
+    parser.footer(
         "For short messages, such as the key of a cipher: at most the size of the key less 11 bytes. RSA gives as\n"
         "many bytes as the key has, which other programs read as PKCS #1 v1.5; ElGamal a pair of prefixed numbers.\n\n"
         "Example: toolbelt encrypt --key server.pub session.bin session.enc");
     return [options]() { return encryptFile(*options); };
 }
 
-Action prepareDecrypt(CLI::App& app)
+Action prepareDecrypt(Parser& parser)
 {
-    const std::shared_ptr<Options> options = addCommonOptions(app, "a private key");
-    app.footer(
+    const std::shared_ptr<Options> options = addCommonOptions(parser, "a private key");
+    parser.footer(
         "Do not tell strangers whether a message of theirs could be decrypted: that alone gives messages away.\n\n"
         "Example: toolbelt decrypt --key server.key session.enc session.bin");
     return [options]() { return decryptFile(*options); };

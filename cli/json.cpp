@@ -69,7 +69,7 @@ JsonTree parseFile(const std::string& file)
 
 } // namespace
 
-Action prepareJsonFormat(CLI::App& app)
+Action prepareJsonFormat(Parser& parser)
 {
     struct Options
     {
@@ -77,20 +77,15 @@ Action prepareJsonFormat(CLI::App& app)
         std::vector<std::string> hidden, blank;
     };
     const auto options = std::make_shared<Options>();
-    app.add_option("--hide", options->hidden, "leave out what the JSON Pointer names")
-        ->type_name("POINTER")
-        ->expected(1)
-        ->take_all();
-    app.add_option("--blank", options->blank, "write it as an empty value of its type")
-        ->type_name("POINTER")
-        ->expected(1)
-        ->take_all();
-    app.add_option("FILE", options->file, "a JSON document in UTF-8")->required()->type_name("");
-    app.footer("Writes the document as the library does: two blanks a level, CR LF, numbers in their fewest digits.\n"
-               "Control characters in strings come out as they are; --json before the command changes nothing here.\n"
-               "A blank integer leaves nothing behind its colon.\n"
-               "A pointer that names nothing is exit code 3; of members with one name, the first is meant.\n\n"
-               "Example: toolbelt json format --hide /user/password --blank /user/keys/0 settings.json");
+    parser.option("--hide", options->hidden, "leave out what the JSON Pointer names").value("POINTER").repeated();
+    parser.option("--blank", options->blank, "write it as an empty value of its type").value("POINTER").repeated();
+    parser.option("FILE", options->file, "a JSON document in UTF-8").required().value("");
+    parser.footer(
+        "Writes the document as the library does: two blanks a level, CR LF, numbers in their fewest digits.\n"
+        "Control characters in strings come out as they are; --json before the command changes nothing here.\n"
+        "A blank integer leaves nothing behind its colon.\n"
+        "A pointer that names nothing is exit code 3; of members with one name, the first is meant.\n\n"
+        "Example: toolbelt json format --hide /user/password --blank /user/keys/0 settings.json");
     return [options]() {
         for (const auto* pointers : {&options->hidden, &options->blank})
             for (const std::string& pointer : *pointers) splitPointer(pointer); // wrong usage before anything is read

@@ -9,7 +9,7 @@
 
 namespace toolbelt::cli {
 
-Action prepareKeyShow(CLI::App& app)
+Action prepareKeyShow(Parser& parser)
 {
     struct Options
     {
@@ -17,9 +17,9 @@ Action prepareKeyShow(CLI::App& app)
         bool privateNumbers = false;
     };
     const auto options = std::make_shared<Options>();
-    app.add_option("FILE", options->file, "a PEM or DER key, or a certificate")->required()->type_name("");
-    app.add_flag("--private", options->privateNumbers, "the private numbers too");
-    app.footer(
+    parser.option("FILE", options->file, "a PEM or DER key, or a certificate").required().value("");
+    parser.flag("--private", options->privateNumbers, "the private numbers too");
+    parser.footer(
         "Reads RSA, DSA and ElGamal (DH) keys: SubjectPublicKeyInfo, traditional private keys, RSAPublicKey, and an\n"
         "unencrypted PrivateKeyInfo of an RSA or DSA key.\n"
         "Another kind of key is refused with status 33. A file of several is read up to its first key.\n\n"
@@ -30,13 +30,13 @@ Action prepareKeyShow(CLI::App& app)
     };
 }
 
-Action prepareKeySsh(CLI::App& app)
+Action prepareKeySsh(Parser& parser)
 {
     const auto file = std::make_shared<std::string>();
-    app.add_option("FILE", *file, "a PEM or DER key, or a certificate; of a private key, its public half")
-        ->required()
-        ->type_name("");
-    app.footer("Example: toolbelt key ssh server.pem >> authorized_keys");
+    parser.option("FILE", *file, "a PEM or DER key, or a certificate; of a private key, its public half")
+        .required()
+        .value("");
+    parser.footer("Example: toolbelt key ssh server.pem >> authorized_keys");
     return [file]() {
         LoadedKey loaded = readKeyFile(*file);
         usePublicHalf(loaded, *file);

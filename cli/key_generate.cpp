@@ -110,26 +110,27 @@ ExitCode generateKey(const Options& options)
 
 } // namespace
 
-Action prepareKeyGenerate(CLI::App& app)
+Action prepareKeyGenerate(Parser& parser)
 {
     const auto options = std::make_shared<Options>();
-    app.add_option("KIND", options->kind, "rsa, dsa or elgamal")->required()->type_name("");
-    app.add_option("--bits", options->generate.bits,
-                   "size of the modulus or prime: rsa and elgamal in steps of 8, dsa of 64")
-        ->required()
-        ->check(CLI::Range(512u, 16384u))
-        ->type_name("N");
-    app.add_option("--exponent", options->generate.exponent, "rsa: the public exponent, odd and above 1; 65537")
-        ->check([](const std::string& text) {
+    parser.option("KIND", options->kind, "rsa, dsa or elgamal").required().value("");
+    parser
+        .option("--bits", options->generate.bits,
+                "size of the modulus or prime: rsa and elgamal in steps of 8, dsa of 64")
+        .required()
+        .range(512, 16384)
+        .value("N");
+    parser.option("--exponent", options->generate.exponent, "rsa: the public exponent, odd and above 1; 65537")
+        .check([](const std::string& text) {
             const std::optional<std::uint32_t> e = parseNumber(text);
             return e && *e % 2 == 1 && *e > 1 ? std::string() : "must be odd, above 1 and below 2^32: " + text;
         })
-        ->type_name("E");
-    app.add_flag("--safe-primes", options->generate.safePrimes,
-                 "rsa: primes p with (p - 1) / 2 prime; takes far longer");
-    app.add_option("--out", options->name, "writes NAME.key and NAME.pub")->required()->type_name("NAME");
-    app.add_flag("--force", options->force, "replace files that exist");
-    app.footer(
+        .value("E");
+    parser.flag("--safe-primes", options->generate.safePrimes,
+                "rsa: primes p with (p - 1) / 2 prime; takes far longer");
+    parser.option("--out", options->name, "writes NAME.key and NAME.pub").required().value("NAME");
+    parser.flag("--force", options->force, "replace files that exist");
+    parser.footer(
         "NAME.key is the private key, unencrypted PEM that only you may read where the system knows such rights;\n"
         "NAME.pub a PEM SubjectPublicKeyInfo. DSA keys have a q of 160 bits. ElGamal keys have a safe prime, which\n"
         "takes long to find: minutes for 2048 bits. Ctrl+C stops the search.\n\n"

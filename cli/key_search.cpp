@@ -17,9 +17,8 @@ KeySearch::KeySearch(std::uint32_t bits, std::function<void()> done)
             options.bits = bits;
             options.safePrimes = true; // what takes long enough to be watched
             delete findKindByOption("rsa")->generate(options, *this);
-            found_ = true;
-        } catch (const std::exception&) {
-            // Stopped, or without memory: nothing was found.
+        } catch (...) {
+            if (!stopped_) failure_ = std::current_exception();
         }
         done();
     });
@@ -29,6 +28,11 @@ KeySearch::~KeySearch()
 {
     stopped_ = true;
     thread_.join();
+}
+
+void KeySearch::rethrowFailure() const
+{
+    if (failure_) std::rethrow_exception(failure_);
 }
 
 Status KeySearch::report(const char* message, std::uint32_t, std::int32_t)

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <atomic>
+#include <exception>
+#include <functional>
 #include <thread>
 
 #include "cli/key_kinds.h"
@@ -20,13 +22,15 @@ public:
 
     std::uint32_t phase() const { return phase_; } // 0: preparing, 1: the first prime, 2: the second one
     std::uint32_t tried() const { return tried_; } // candidates, in all
-    bool found() const { return found_; }
+    // Once done was called: throws what the search failed by. When it returns a key was found.
+    void rethrowFailure() const;
 
 private:
     Status report(const char* message, std::uint32_t zero, std::int32_t value) override;
 
     std::atomic<std::uint32_t> phase_ = 0, tried_ = 0;
-    std::atomic<bool> found_ = false, stopped_ = false;
+    std::atomic<bool> stopped_ = false;
+    std::exception_ptr failure_; // the search's own until it calls done
     std::thread thread_;
 };
 

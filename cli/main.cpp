@@ -19,7 +19,7 @@ struct Command
     const char* name;      // one or two words
     const char* arguments; // for the usage line
     const char* summary;
-    Action (*prepare)(CLI::App& app);
+    Action (*prepare)(Parser& parser);
 };
 
 constexpr Command commands[] = {
@@ -50,6 +50,7 @@ constexpr Command commands[] = {
     {"dialog", "plain|coloured|countdown [--screenshot FILE.bmp]", "one of the library's dialogs, on the screen",
      prepareDialog},
     {"system", "", "what the program runs on, as the library sees it", prepareSystem},
+    {"speed", "[JOB...] [--seconds S] [--tier NAME]", "how fast the library is here", prepareSpeed},
 };
 
 constexpr char GENERAL_USAGE[] = "toolbelt [--json] COMMAND [OPTIONS] ARGUMENTS...";
@@ -58,16 +59,6 @@ std::string usageOf(const Command& command)
 {
     return std::string("toolbelt ") + command.name + " " + command.arguments;
 }
-
-class HelpFormatter : public CLI::Formatter
-{
-public:
-    explicit HelpFormatter(const Command& command) : command_(command) { label("Positionals", "Arguments"); }
-    std::string make_usage(const CLI::App*, std::string) const override { return "Usage: " + usageOf(command_) + "\n"; }
-
-private:
-    const Command& command_;
-};
 
 // The list of commands, of one group ("cert") or all.
 std::string listCommands(const std::string& group)
@@ -108,34 +99,15 @@ Found findCommand(const std::vector<std::string>& arguments)
     return {};
 }
 
-// The parser takes an argument in square brackets for a list. A mark in front keeps it whole, and is taken off again.
-constexpr char MARK = '\1';
-
-std::string markBrackets(const std::string& argument)
-{
-    return argument.starts_with('[') && argument.ends_with(']') ? MARK + argument : argument;
-}
-
 ExitCode runCommand(const Command& command, const std::vector<std::string>& arguments)
 {
-    CLI::App app(command.summary, std::string("toolbelt ") + command.name);
-    app.allow_windows_style_options(false); // "/folder/file" is a file
-    app.formatter(std::make_shared<HelpFormatter>(command));
+    const std::string usage = usageOf(command);
     try {
-        const Action action = command.prepare(app);
-        for (CLI::Option* option : app.get_options([](const CLI::Option* o) { return o->get_type_size() != 0; }))
-            option->transform([](std::string value) { return value.starts_with(MARK) ? value.substr(1) : value; });
-        std::vector<std::string> reversed; // as the parser wants it
-        for (const std::string& argument : arguments) reversed.insert(reversed.begin(), markBrackets(argument));
-        app.parse(reversed);
-        return action();
-    } catch (const CLI::CallForHelp&) {
-        print(app.help());
-        return EXIT_DONE;
-    } catch (const CLI::ParseError& error) {
-        throw UsageError(std::string(error.what()) + "\nusage: " + usageOf(command));
+        Parser parser(command.summary, std::string("toolbelt ") + command.name, usage);
+        const Action action = command.prepare(parser);
+        return parser.parse(arguments) ? action() : EXIT_DONE;
     } catch (const UsageError& error) {
-        throw UsageError(std::string(error.what()) + "\nusage: " + usageOf(command));
+        throw UsageError(std::string(error.what()) + "\nusage: " + usage);
     }
 }
 

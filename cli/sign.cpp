@@ -135,39 +135,40 @@ ExitCode verifyFile(const Options& options)
     return status == STATUS_OK ? EXIT_DONE : EXIT_NO;
 }
 
-std::shared_ptr<Options> addCommonOptions(CLI::App& app, const char* key)
+std::shared_ptr<Options> addCommonOptions(Parser& parser, const char* key)
 {
     const auto options = std::make_shared<Options>();
-    app.add_option("--key", options->key, key)->required()->type_name("KEY");
-    app.add_option("-a,--algorithm", options->algorithm, "the digest: registry id or name (toolbelt digest --list)")
-        ->required()
-        ->type_name("ALG");
-    app.add_option("--format", options->format,
-                   "raw: the bytes of an RSA signature; der: as an element; prefixed: prefixed numbers")
-        ->check(CLI::IsMember({"raw", "der", "prefixed"}))
-        ->type_name("FORMAT");
-    app.add_option("FILE", options->file, "the file that is signed")->required()->type_name("");
+    parser.option("--key", options->key, key).required().value("KEY");
+    parser.option("-a,--algorithm", options->algorithm, "the digest: registry id or name (toolbelt digest --list)")
+        .required()
+        .value("ALG");
+    parser
+        .option("--format", options->format,
+                "raw: the bytes of an RSA signature; der: as an element; prefixed: prefixed numbers")
+        .oneOf({"raw", "der", "prefixed"})
+        .value("FORMAT");
+    parser.option("FILE", options->file, "the file that is signed").required().value("");
     return options;
 }
 
 } // namespace
 
-Action prepareSign(CLI::App& app)
+Action prepareSign(Parser& parser)
 {
-    const std::shared_ptr<Options> options = addCommonOptions(app, "a private key");
-    app.add_flag("--bare", options->bare, "RSA: the digest alone, without a DigestInfo around it");
-    app.add_option("-o,--out", options->out, "where the signature goes; standard output")->type_name("FILE");
-    app.footer("Without --format: raw for RSA and der for DSA, as other programs write them; prefixed for ElGamal.\n"
-               "DSA signs the leading bytes of the digest, 20 for the keys that key generate makes.\n\n"
-               "Example: toolbelt sign --key server.key -a sha256 -o letter.sig letter.txt");
+    const std::shared_ptr<Options> options = addCommonOptions(parser, "a private key");
+    parser.flag("--bare", options->bare, "RSA: the digest alone, without a DigestInfo around it");
+    parser.option("-o,--out", options->out, "where the signature goes; standard output").value("FILE");
+    parser.footer("Without --format: raw for RSA and der for DSA, as other programs write them; prefixed for ElGamal.\n"
+                  "DSA signs the leading bytes of the digest, 20 for the keys that key generate makes.\n\n"
+                  "Example: toolbelt sign --key server.key -a sha256 -o letter.sig letter.txt");
     return [options]() { return signFile(*options); };
 }
 
-Action prepareVerify(CLI::App& app)
+Action prepareVerify(Parser& parser)
 {
-    const std::shared_ptr<Options> options = addCommonOptions(app, "a key, or a certificate");
-    app.add_option("--signature", options->signature, "the signature")->required()->type_name("SIG");
-    app.footer(
+    const std::shared_ptr<Options> options = addCommonOptions(parser, "a key, or a certificate");
+    parser.option("--signature", options->signature, "the signature").required().value("SIG");
+    parser.footer(
         "Prints `ok` (exit code 0) or `bad signature` (1). An RSA signature may hold the digest in a DigestInfo,\n"
         "whose algorithm is not judged, or bare. Without --format: as sign writes them.\n\n"
         "Example: toolbelt verify --key server.pub -a sha256 --signature letter.sig letter.txt");

@@ -9,7 +9,7 @@
 #include "cli/files.h"
 #include "cli/results.h"
 #include "cli/text.h"
-#include "crypto/base/cpu.h"
+#include "speed/tiers.h"
 
 namespace toolbelt::cli {
 namespace {
@@ -42,24 +42,17 @@ std::string runsOn64()
     return wow64Answer() ? "yes" : "no";
 }
 
-std::string featuresInUse()
-{
-    std::string names(cpu::nameFeaturesInUse(nullptr, 0) + 1, '\0');
-    names.resize(cpu::nameFeaturesInUse(names.data(), names.size()));
-    return names;
-}
-
 } // namespace
 
-Action prepareSystem(CLI::App& app)
+Action prepareSystem(Parser& parser)
 {
-    app.footer("Example: toolbelt system");
+    parser.footer("Example: toolbelt system");
     return []() {
         printResult({"system",
                      toUtf8(SystemDescription()),
                      {{"32-on-64", runsOn64()},
                       {"library version", libraryVersion()},
-                      {"processor features", featuresInUse()}}});
+                      {"processor features", speed::featuresInUse()}}});
         return EXIT_DONE;
     };
 }

@@ -81,9 +81,9 @@ void printText(const cWCS& text)
     }
 }
 
-void addFile(CLI::App& app, std::string& file)
+void addFile(Parser& parser, std::string& file)
 {
-    app.add_option("FILE", file, "a text file, - for standard input")->required()->type_name("");
+    parser.option("FILE", file, "a text file, - for standard input").required().value("");
 }
 
 constexpr char FORMS[] =
@@ -92,11 +92,11 @@ constexpr char FORMS[] =
 
 } // namespace
 
-Action prepareTextShow(CLI::App& app)
+Action prepareTextShow(Parser& parser)
 {
     const auto file = std::make_shared<std::string>();
-    addFile(app, *file);
-    app.footer(
+    addFile(parser, *file);
+    parser.footer(
         std::string("The text goes to standard output as UTF-8 without a mark, its encoding to standard error.\n") +
         FORMS + "Example: toolbelt text show notes.txt");
     return [file]() {
@@ -111,7 +111,7 @@ Action prepareTextShow(CLI::App& app)
     };
 }
 
-Action prepareTextFind(CLI::App& app)
+Action prepareTextFind(Parser& parser)
 {
     struct Options
     {
@@ -119,11 +119,11 @@ Action prepareTextFind(CLI::App& app)
         bool skipKey = false;
     };
     const auto options = std::make_shared<Options>();
-    addFile(app, options->file);
-    app.add_option("KEY", options->key, "how the line begins; case counts")->required()->type_name("");
-    app.add_flag("--skip-key", options->skipKey, "print only what follows the key");
-    app.footer(std::string("Prints the first line that begins with KEY; exit code 1 when none does.\n") + FORMS +
-               "Example: toolbelt text find --skip-key settings.ini Language=");
+    addFile(parser, options->file);
+    parser.option("KEY", options->key, "how the line begins; case counts").required().value("");
+    parser.flag("--skip-key", options->skipKey, "print only what follows the key");
+    parser.footer(std::string("Prints the first line that begins with KEY; exit code 1 when none does.\n") + FORMS +
+                  "Example: toolbelt text find --skip-key settings.ini Language=");
     return [options]() {
         cWCS text, line;
         load(text, options->file);
