@@ -1,0 +1,113 @@
+// Key blobs: which are accepted is what the documented limits say, and accepted keys hold the numbers of the blob.
+#include <memory>
+
+#include "crypto/pka/dsa.h"
+#include "crypto/pka/elgamal.h"
+#include "crypto/pka/rsa.h"
+#include "fuzz/natural.h"
+
+namespace toolbelt::fuzz {
+namespace {
+
+using Key = std::unique_ptr<cPKA>;
+
+Bytes exported(cPKA& key, Status (cPKA::*slot)(std::uint8_t*, std::uint32_t*))
+{
+    Bytes bytes(8192);
+    std::uint32_t size = sizeOf(bytes);
+    require((key.*slot)(bytes.data(), &size) == STATUS_OK, "a key is exported");
+    bytes.resize(size);
+    return bytes;
+}
+
+bool within(const Bytes& x, const Bytes& least, const Bytes& limit)
+{
+    return !isLess(x, least) && isLess(x, limit);
+}
+bool isOddAbove1(const Bytes& x)
+{
+    return !x.empty() && x.back() % 2 == 1 && x != Bytes{1};
+}
+
+void checkPrivateRsa(const RsaPrivateKey& key)
+{
+    BigNum p1, q1;
+    require(bnSubtractWord(p1, *key.p, 1) == STATUS_OK && bnSubtractWord(q1, *key.q, 1) == STATUS_OK, "primes");
+    const Bytes n = valueOf(*key.n), e = valueOf(*key.e), d = valueOf(*key.d), p = valueOf(*key.p), q = valueOf(*key.q);
+    const Bytes phi = multiply(valueOf(p1), valueOf(q1)), one = {1};
+    require(!isLess(p, q) && multiply(p, q) == n && key.bits == bitLength(n), "the modulus");
+    require(modulo(multiply(d, e), phi) == modulo(one, phi), "the private exponent");
+    require(modulo(multiply(valueOf(*key.qinv), q), p) == modulo(one, p), "the inverse of q");
+    require(valueOf(*key.dp) == modulo(d, valueOf(p1)) && valueOf(*key.dq) == modulo(d, valueOf(q1)), "its parts");
+}
+
+const Target target("key_blob", [](Input input) {
+    const std::uint32_t kind = input.byte() % 6, wanted = kind == 3 ? 6 : kind == 0 ? 2 : kind % 3 == 1 ? 4 : 3;
+    const bool raw = input.byte() % 2 == 0;
+    Bytes blob;
+    for (std::uint32_t i = 0; !raw && i < wanted + (kind > 3); ++i) {
+        const Bytes one = prefixed(input.number(40));
+        blob.insert(blob.end(), one.begin(), one.end());
+    }
+    if (raw) blob = input.take(kind == 3 ? 240 : 2048);
+    const Bytes exact(blob.begin(), blob.end());
+
+    std::vector<Bytes> x; // the numbers, read by hand
+    for (std::size_t at = 0; x.size() < wanted + (kind > 3) && at + 2 <= blob.size();) {
+        const std::size_t size = (exact[at] * 256u + exact[at + 1] + 7) / 8;
+        if (at + 2 + size > exact.size() || (size == 0 && at + 2 == exact.size() && false)) break;
+        x.push_back(trimmed(Bytes(exact.begin() + static_cast<std::ptrdiff_t>(at + 2),
+                                  exact.begin() + static_cast<std::ptrdiff_t>(at + 2 + size))));
+        at += 2 + size;
+    }
+    bool usable = x.size() == wanted + (kind > 3);
+    const Bytes one = {1}, two = {2};
+    for (const Bytes& number : x) usable = usable && bitLength(number) <= PKA_MAX_KEY_BITS;
+    if (usable && kind == 0)
+        usable = isOddAbove1(x[0]) && isOddAbove1(x[1]) &&
+                 bitLength(x[1]) <= (bitLength(x[0]) > RSA_LONG_BITS ? RSA_LONG_KEY_EXPONENT_BITS : RSA_LONG_BITS);
+    if (usable && kind % 3 == 1) // p, q, g, y and x; a private key may come without y
+        usable = isOddAbove1(x[0]) && isOddAbove1(x[1]) && isLess(x[1], x[0]) && bitLength(x[1]) <= DSA_MAX_Q_BITS &&
+                 within(x[2], two, x[0]) && within(x[3], kind == 1 ? one : Bytes(), x[0]) &&
+                 (kind == 1 || within(x[4], one, x[1]));
+    if (usable && kind % 3 == 2) // p, g, y and x
+        usable = isOddAbove1(x[0]) && within(x[1], two, x[0]) && within(x[2], kind == 2 ? one : Bytes(), x[0]) &&
+                 (kind == 2 || within(x[3], one, x[0]));
+
+    constexpr cPKA* (*factories[])(const std::uint8_t*, std::uint32_t) = {
+        newPublicRsa, newPublicDsa, newPublicElgamal, newPrivateRsa, newPrivateDsa, newPrivateElgamal};
+    const Key key(factories[kind](addressOf(exact), sizeOf(exact)));
+    require(kind == 3 ? usable || !key : (key != nullptr) == usable, "the documented limits");
+    if (!key) return;
+    if (kind == 3) {
+        checkPrivateRsa(static_cast<cPrivateRSA&>(*key).record());
+        Bytes again = exported(*key, &cPKA::exportDer);
+        DerElement element;
+        cPKA* copy = nullptr;
+        require(parseElement(element, again.data(), sizeOf(again)) == STATUS_OK &&
+                    newPrivateRsaFromDer(&copy, element) == STATUS_OK &&
+                    exported(*Key(copy), &cPKA::exportDer) == again,
+                "the same key from its DER form");
+    } else if (kind == 0) {
+        Bytes numbers = prefixed(x[0]);
+        const Bytes e = prefixed(x[1]);
+        numbers.insert(numbers.end(), e.begin(), e.end());
+        require(exported(*key, &cPKA::exportNumbers) == numbers, "the same numbers");
+    } else if (kind % 3 == 1) {
+        const DsaKey& record =
+            kind == 1 ? static_cast<cPublicDSA&>(*key).record() : static_cast<cPrivateDSA&>(*key).record();
+        require(valueOf(record.p) == x[0] && valueOf(record.q) == x[1] && valueOf(record.g) == x[2],
+                "the same numbers");
+        require(kind == 1 || valueOf(record.x) == x[4], "the private number");
+    } else {
+        const ElgamalKey& record =
+            kind == 2 ? static_cast<cPublicElgamal&>(*key).record() : static_cast<cPrivateElgamal&>(*key).record();
+        require(valueOf(record.p) == x[0] && valueOf(record.g) == x[1], "the same numbers");
+        require(kind == 2 || valueOf(record.x) == x[3], "the private number");
+    }
+    require(key->keyLength() == static_cast<std::int32_t>(kind == 3 ? key->keyLength() : (bitLength(x[0]) + 7) / 8),
+            "k");
+});
+
+} // namespace
+} // namespace toolbelt::fuzz
