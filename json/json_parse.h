@@ -1,4 +1,4 @@
-// Parsing JSON text into trees, by json-parser. Windows builds alone have it.
+// Parsing JSON text into trees, by json-parser. Builds without its sources lack this.
 #pragma once
 
 #include <cstdint>

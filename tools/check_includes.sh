@@ -20,9 +20,13 @@ json   : json/.*                                                                
 system : Includes/system/.*                                                        : base strings
 dialog : Includes/cDlg/.*                                                          : base strings system
 net    : net/.*                                                                    : base text strings system
-cli    : cli/.*                                                                    : base bignum hash cipher text der pka keys x509 strings json system dialog net
-bench  : bench/.*                                                                 : base bignum hash cipher text der pka keys x509 strings json tests
-tests  : tests/.*                                                                  : base bignum hash cipher text der pka keys x509 strings json system dialog net cli
+public : include/.*                                                                : base bignum hash cipher text der pka keys x509 strings json system dialog net
+flat   : dll/.*                                                                    : base hash cipher text der pka keys x509 strings net public
+speed  : speed/.*                                                                  : base bignum hash cipher text der pka keys x509
+cli    : cli/.*                                                                    : base bignum hash cipher text der pka keys x509 strings json system dialog net speed
+bench  : bench/.*                                                                  : base speed
+fuzz   : fuzz/.*                                                                   : base bignum hash cipher text der pka keys x509 strings json dialog net tests
+tests  : tests/.*                                                                  : base bignum hash cipher text der pka keys x509 strings json system dialog net cli public
 '
 
 group_of() { # PATH: prints the group that the file belongs to
@@ -56,10 +60,10 @@ while IFS= read -r file; do
         esac
     done < <(sed -nE 's/^[[:space:]]*#[[:space:]]*include[[:space:]]*"([^"]+)".*/\1/p' "$file")
     case "$own" in
-        base | strings | system | dialog | net | cli | bench | tests) ;;
+        base | strings | system | dialog | net | flat | cli | bench | tests) ;;
         *) grep -qE '#[[:space:]]*include[[:space:]]*<windows\.h>' "$file" && complain "$file includes windows.h, which the engine keeps to crypto/base" ;;
     esac
-done < <(find crypto Includes json net cli bench tests -name '*.h' -o -name '*.cpp' -o -name '*.inc' | sort)
+done < <(find crypto Includes json net include dll speed cli bench fuzz tests -name '*.h' -o -name '*.cpp' -o -name '*.inc' | sort)
 
 [ "$checked" -gt 0 ] || complain "no include was found: the check itself is broken"
 [ "$broken" -eq 0 ] && echo "check_includes: $checked includes point the right way"

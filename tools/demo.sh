@@ -81,7 +81,7 @@ cat >"$work/item.json" <<'JSON'
 JSON
 sed 's/^/  posted   /' "$work/item.json"
 # shellcheck disable=SC2016
-"$root/tests/net/with_server.py" bash -c 'wine "$0" post "http://localhost:${TOOLBELT_TEST_PORTS%% *}/json" "$1"' \
+"$root/tests/net/with_server.py" bash -c 'wine "$0" post "http://127.0.0.1:${TOOLBELT_TEST_PORTS%% *}/json" "$1"' \
     "$build_dir/windows/bin/toolbelt.exe" "$work/item.json" >"$work/answer.json" 2>"$work/err" ||
     unexpected_if 1 "the post failed: $(cat "$work/err")"
 wine "$build_dir/windows/bin/toolbelt.exe" json format - <"$work/answer.json" 2>"$work/err" | tr -d '\r' | tee "$work/formatted" |

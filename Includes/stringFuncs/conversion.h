@@ -31,8 +31,8 @@ struct VersionFlags
 };
 
 // The code page of multibyte text on such a system: 0 (ANSI) on the consumer systems 4.0 to 4.10, else 65001 (UTF-8).
-TB_API std::int32_t codePageOf(const VersionRecord& version) noexcept;
-TB_API VersionFlags flagsOf(const VersionRecord& version) noexcept;
+std::int32_t codePageOf(const VersionRecord& version) noexcept;
+VersionFlags flagsOf(const VersionRecord& version) noexcept;
 
 // SystemVersion: the running system's record and its flags, read once. Natively it stands for a system of today.
 struct SystemVersion
@@ -48,10 +48,10 @@ TB_API std::int32_t DefaultCodePage() noexcept;
 // without out it returns what would be written. 0 when nothing can be: no input, an unknown code page, capacity too
 // small. Malformed UTF-8 and lone surrogates on the way to it become U+FFFD; for other code pages the system chooses
 // what stands for what they lack. Input and output must not overlap.
-TB_API std::int32_t multibyteToWide(std::int32_t codePage, const char* bytes, std::int32_t byteCount, wchar_t* out,
-                                    std::int32_t capacity) noexcept;
-TB_API std::int32_t wideToMultibyte(std::int32_t codePage, const wchar_t* units, std::int32_t count, char* out,
-                                    std::int32_t capacity) noexcept;
+std::int32_t multibyteToWide(std::int32_t codePage, const char* bytes, std::int32_t byteCount, wchar_t* out,
+                             std::int32_t capacity) noexcept;
+std::int32_t wideToMultibyte(std::int32_t codePage, const wchar_t* units, std::int32_t count, char* out,
+                             std::int32_t capacity) noexcept;
 
 // Whether the byte opens a character of two bytes in a double-byte code page.
 bool isLeadByte(std::int32_t codePage, unsigned char byte) noexcept;

@@ -16,16 +16,16 @@ using DebugChannel = void (*)(const wchar_t* message);
 // Puts another channel in place and returns the one before; null stands for the default, which is the debugger's output
 // on Windows and the standard error stream elsewhere.
 TB_API DebugChannel setDebugChannel(DebugChannel channel) noexcept;
-TB_API void debugMessage(const wchar_t* message) noexcept;
+void debugMessage(const wchar_t* message) noexcept;
 // "Assertion! Error in memory allocation!" to the debug channel.
-TB_API void reportOutOfMemory() noexcept;
+void reportOutOfMemory() noexcept;
 
 // AssertionReport takes the expression that did not hold, the source file and the line.
 using AssertionReport = void (*)(const wchar_t* expression, const wchar_t* file, std::int32_t line);
 // Puts another report in place and returns the one before; null stands for the default, which writes one line to the
 // debug channel. Who reports goes on: the operation is skipped.
 TB_API AssertionReport setAssertionReport(AssertionReport report) noexcept;
-TB_API void reportAssertion(const wchar_t* expression, const wchar_t* file, std::int32_t line) noexcept;
+void reportAssertion(const wchar_t* expression, const wchar_t* file, std::int32_t line) noexcept;
 
 // SafeFree: frees what the variable points to (memory from heap::allocate, released as it is: secrets are wiped by
 // their owner first) and sets it to null. Without a variable it reports the assertion "false" and does nothing else.

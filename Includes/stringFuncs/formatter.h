@@ -22,14 +22,11 @@
 #include <cstdarg>
 #include <cstdint>
 
-#include "crypto/base/export.h"
-
 namespace toolbelt {
 
 // Returns the units written before the terminator, at most capacity - 1. Without a buffer or a capacity nothing is
 // written; a null format is an empty text. Arguments must not lie in the buffer.
-TB_API std::int32_t formatWide(wchar_t* buffer, std::int32_t capacity, const wchar_t* format, ...) noexcept;
-TB_API std::int32_t formatWideV(wchar_t* buffer, std::int32_t capacity, const wchar_t* format,
-                                va_list arguments) noexcept;
+std::int32_t formatWide(wchar_t* buffer, std::int32_t capacity, const wchar_t* format, ...) noexcept;
+std::int32_t formatWideV(wchar_t* buffer, std::int32_t capacity, const wchar_t* format, va_list arguments) noexcept;
 
 } // namespace toolbelt

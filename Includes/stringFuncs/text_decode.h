@@ -23,7 +23,7 @@ struct RecognisedText
 };
 
 // From a mark, or from a zero among the first two bytes; a single byte is multibyte text whatever it is.
-TB_API RecognisedText recogniseText(const std::uint8_t* bytes, std::size_t size);
+RecognisedText recogniseText(const std::uint8_t* bytes, std::size_t size);
 
 // Replaces the text by the decoded bytes, and puts the encoding out when asked to; zero units are kept, the last byte
 // of an odd count of UTF-16 bytes is dropped. A text without characters is empty, not null. False when memory runs out:

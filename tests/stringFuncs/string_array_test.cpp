@@ -76,29 +76,6 @@ TEST(StringArray, EndsQuotedLists)
     }
 }
 
-TEST(StringArray, IsEmptiedOrKeptWhenMemoryRunsOut)
-{
-    const Recorder recorder;
-    TestHeap heap;
-    cStringArrayT array;
-    std::int32_t index = -7;
-    array.Add(L"a");
-    wchar_t* const owned = cStringArrayT::AllocateText(1);
-    heap.failAt(2); // the copy is made, the array cannot grow
-    EXPECT_EQ(array.AddUnique(L"secret", -1, &index), 0);
-    EXPECT_EQ(all(array), u"a");
-    EXPECT_EQ(index, 1);
-    EXPECT_EQ(heap.secretsReleased(), 1u);
-    heap.failAt(1);
-    EXPECT_EQ(array.AddOwned(owned), 0); // still the caller's
-    EXPECT_EQ(array.AddOwned(owned), 2);
-    heap.failAt(1); // no copy
-    EXPECT_EQ(array.Add(L"c"), 0);
-    EXPECT_EQ(array.count(), 0);
-    EXPECT_EQ(heap.held(), 0u);
-    EXPECT_EQ(Recorder::lines, outOfMemory(3));
-}
-
 TEST(LongName, PrefixesDrivePathsFrom260Units)
 {
     const std::tuple<std::u16string, std::size_t, std::u16string> cases[] = {

@@ -1,0 +1,261 @@
+// Memory that runs out, of strings, arrays and JSON. Without it an operation says so once on the debug channel and
+// leaves its object as it was, unless its comment says otherwise; every block that held text comes back wiped.
+#include "Includes/stringFuncs/long_name.h"
+#include "Includes/stringFuncs/mbstr.h"
+#include "Includes/stringFuncs/string_array.h"
+#include "Includes/stringFuncs/string_buffer.h"
+#include "Includes/stringFuncs/text_decode.h"
+#include "net/split_url.h"
+#include "tests/json/trees.h"
+#include "tests/robust/operations.h"
+#include "tests/stringFuncs/text_support.h"
+#include "json/json_write.h"
+#if defined(TOOLBELT_JSON_PARSER)
+#include "json/json_parse.h"
+#endif
+
+namespace toolbelt::test {
+namespace {
+
+constexpr std::string_view SECRET = "secret-secret"; // in every block of text, as bytes and as units
+
+Status failed(bool done)
+{
+    return done ? STATUS_OK : -1;
+}
+
+// The operation, on the debug channel's record: a line a failure.
+Operation said(std::string name, std::function<Status(TestHeap&)> run, std::uint32_t plain = 0)
+{
+    return {std::move(name),
+            [run](TestHeap& heap) {
+                const Recorder recorder;
+                const Status status = run(heap);
+                EXPECT_EQ(Recorder::lines, outOfMemory(status == STATUS_OK ? 0 : 1));
+                return status;
+            },
+            {{-1}},
+            plain};
+}
+
+void runAll(const std::vector<Operation>& operations)
+{
+    const std::u16string wideSecret(SECRET.begin(), SECRET.end());
+    const auto* units = reinterpret_cast<const std::uint8_t*>(wideSecret.data());
+    for (const Operation& operation : operations)
+        runWithoutMemory(operation, {{SECRET.begin(), SECRET.end()}, {units, units + 2 * wideSecret.size()}});
+}
+
+const wchar_t* formatV(cWCStr& text, const wchar_t* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const wchar_t* result = text.FormatV(format, arguments);
+    va_end(arguments);
+    return result;
+}
+
+// On a text that stays as it was, or is `otherwise`, when the call fails. Behind its end all is zero.
+Operation onText(const char* name, std::function<bool(cWCStr&)> call,
+                 const std::u16string& otherwise = u"secret-secret")
+{
+    return said(name, [call, otherwise](TestHeap& heap) {
+        cWCStr text(L"secret-secret");
+        if (text.text() == nullptr) return -1;
+        return again(heap, [&] {
+            const bool done = call(text);
+            EXPECT_TRUE(done || units(text) == otherwise);
+            for (std::int32_t i = text.length(); i < text.capacity(); ++i) EXPECT_EQ(text.text()[i], 0) << i;
+            return failed(done);
+        });
+    });
+}
+
+TEST(MemoryText, Strings)
+{
+    const std::string many(9000, 'a');
+    const std::u16string null = u"<NULL>";
+    runAll({
+        onText("cWCS Append", [](cWCS& text) { return text.Append(nullptr, 3000) != 0; }),
+        onText("cWCS SetLength", [](cWCS& text) { return text.SetLength(3000) != 0; }),
+        onText("cWCS Assign", [](cWCS& text) { return text.Assign(nullptr, 9000) != 0; }),
+        onText("cWCS Format", [&](cWCS& text) { return units(text.Format(L"%s", L"new")) != null; }),
+        onText("cWCS AppendFormat", [&](cWCS& text) { return units(text.AppendFormat(L"%3000d", 1)) != null; }),
+        onText("cWCStr FormatV",
+               [](cWCStr& text) { return units(formatV(text, L"x")) != u"cWCStr::SetLength( 4096 ) returns <NULL>"; }),
+        // The one that has let go of the old text.
+        onText(
+            "cWCS AssignMultibyte",
+            [&](cWCS& text) { return text.AssignMultibyte(many.c_str()), text.text() != nullptr; }, u""),
+        said("cWCSF, cWCSFromMbs",
+             [](TestHeap&) {
+                 const cWCSF first(L"secret-secret");
+                 return failed(first.text() && cWCSFromMbs("secret-secret").text());
+             }),
+        said("cMBStr",
+             [&](TestHeap& heap) {
+                 cMBStr text;
+                 if (!text.Append("secret-secret")) return -1;
+                 return again(heap, [&] {
+                     const bool done = text.SetLength(9000) != 0;
+                     EXPECT_EQ(std::string(text.text(), 13), SECRET);
+                     return failed(done);
+                 });
+             }),
+        said("cMBStr AssignWide",
+             [](TestHeap& heap) {
+                 cMBStr text;
+                 return again(heap, [&] { return text.AssignWide(L"secret-secret"), failed(text.text() != nullptr); });
+             }),
+        said("decodeText",
+             [](TestHeap& heap) {
+                 cWCS text;
+                 if (!text.Append(L"secret-secret")) return -1;
+                 return again(heap, [&] {
+                     const std::uint8_t bytes[] = {0xFF, 0xFE, 'a', 0};
+                     TextEncoding found{-1};
+                     const bool done = decodeText(text, bytes, 4, &found);
+                     EXPECT_EQ(found, done ? TextEncoding::utf16le : TextEncoding{-1});
+                     EXPECT_EQ(units(text), done ? u"a" : u"secret-secret");
+                     return failed(done);
+                 });
+             }),
+        said("decodeText, multibyte",
+             [](TestHeap&) {
+                 cWCS text;
+                 return failed(decodeText(text, reinterpret_cast<const std::uint8_t*>("secret-secret"), 13));
+             }),
+        said("cStringBuffer",
+             [](TestHeap& heap) {
+                 cStringBuffer buffer;
+                 cWCS result;
+                 if (!buffer.Assign(L"x\nkey=secret-secret")) return -1;
+                 return again(heap, [&] {
+                     const bool found = buffer.FindValue(result, L"key=", true);
+                     EXPECT_EQ(units(result), found ? u"secret-secret" : u"");
+                     return failed(found);
+                 });
+             }),
+        said("cLongName",
+             [](TestHeap& heap) {
+                 const std::u16string path = u"C:\\secret-secret" + std::u16string(3000, u'x');
+                 cLongName name;
+                 return again(heap, [&] { return failed(name.Convert(wide(path)) != nullptr); });
+             }),
+    });
+    const Recorder recorder;
+    cWCStr text(L"old");
+    EXPECT_EQ(text.Append(nullptr, 0x7FFFFFFF), 0); // more than 31 bits hold
+    EXPECT_EQ(units(text), u"old");
+    EXPECT_EQ(Recorder::lines, outOfMemory(1));
+}
+
+// An array that could not copy is emptied, one that could not grow stays.
+TEST(MemoryText, StringArrays)
+{
+    const auto onArray = [](const char* name, std::function<bool(cStringArrayT&)> add) {
+        return said(
+            name,
+            [add](TestHeap&) {
+                cStringArrayT array;
+                if (!array.Add(L"first")) return -1;
+                const bool done = add(array);
+                EXPECT_TRUE(array.count() == (done ? 2 : 0) || (!done && array.count() == 1));
+                return failed(done);
+            },
+            3); // the arrays of pointers, and a text without one
+    };
+    runAll({
+        onArray("cStringArrayT Add", [](cStringArrayT& array) { return array.Add(L"secret-secret") == 2; }),
+        onArray("cStringArrayT AddCopy",
+                [](cStringArrayT& array) { return array.AddCopy(L"secret-secrets", 13) == 2; }),
+        onArray("cStringArrayT AddUnique", [](cStringArrayT& array) { return array.AddUnique(L"secret-secret") == 2; }),
+        onArray("cStringArrayT AddOwned",
+                [](cStringArrayT& array) {
+                    wchar_t* const text = cStringArrayT::AllocateText(5);
+                    if (!text) return false;
+                    if (array.AddOwned(text) == 2) return true;
+                    EXPECT_EQ(array.count(), 1);
+                    return cStringArrayT::ReleaseText(text), false; // still the caller's
+                }),
+    });
+}
+
+TEST(MemoryText, UrlsAndJson)
+{
+    const auto keeps = [](auto append) {
+        return [append](TestHeap& heap) {
+            cWCS out;
+            if (!out.Append(L"secret-secret")) return -1;
+            return again(heap, [&] {
+                const bool done = append(out);
+                EXPECT_TRUE(done || units(out) == u"secret-secret");
+                return failed(done);
+            });
+        };
+    };
+    const std::u16string big(5000, u'"');
+    const auto made = [](JsonValue* value) { return failed(JsonTree(value) != nullptr); };
+    std::vector<Operation> operations = {
+        {"splitUrl",
+         [](TestHeap& heap) {
+             UrlParts parts;
+             return again(heap, [&] {
+                 const bool done = splitUrl(parts, L"https://secret-secret/token");
+                 EXPECT_EQ(units(parts.host), done ? u"secret-secret" : u"");
+                 return failed(done);
+             });
+         },
+         {{-1}}},
+        {"jsonNew", [=](TestHeap&) { return made(jsonNew(JSON_OBJECT)); }, {{-1}}},
+        {"jsonNewString", [=](TestHeap&) { return made(jsonNewString("secret-secret")); }, {{-1}}},
+        {"jsonAddMember, jsonAddElement, jsonWrite",
+         [](TestHeap&) {
+             const JsonTree tree(jsonNew(JSON_OBJECT));
+             bool done = tree != nullptr;
+             for (const char* name : {"a", "b", "secret-secret", "d", "e"})
+                 done = done && jsonAddMember(*tree, name, -1, jsonNewString(name));
+             JsonTree inner(jsonNew(JSON_ARRAY));
+             done = done && inner && jsonAddElement(*inner, jsonNewDouble(1)) &&
+                    jsonAddMember(*tree, "f", 1, inner.release());
+             cWCS out;
+             return failed(done && out.Append(L"kept") && jsonWrite(0, out, tree.get()) && units(out) != u"kept");
+         },
+         {{-1}}},
+        {"jsonAppendText", keeps([&](cWCS& out) { return jsonAppendText(wide(big), out, true, true); }), {{-1}}},
+        {"jsonEscape",
+         [&](TestHeap&) {
+             cWCS scratch;
+             return failed(jsonEscape(scratch, wide(big)) != nullptr);
+         },
+         {{-1}}},
+        {"jsonNewLine", keeps([](cWCS& out) { return jsonNewLine(3000, out); }), {{-1}}},
+    };
+#if defined(TOOLBELT_JSON_PARSER)
+    // Roots of each kind: json-parser frees from the root when its second pass gets no memory. The string is larger
+    // than what is left of a chunk then.
+    const std::string longText = "secret-secret" + std::string(70000, 'x');
+    for (const std::string& document :
+         {"[\"" + longText + "\",{\"a\":[1,2,3],\"b\":\"c\"},[]]", "{\"" + longText + "\":[true,\"x\"],\"d\":{}}",
+          '"' + longText + '"', std::string(60, '[') + std::string(60, ']'), "[0" + std::string(40000, ' ') + ",1]"})
+        operations.push_back({"jsonParse " + document.substr(0, 4),
+                              [document](TestHeap&) {
+                                  char error[JSON_ERROR_SIZE] = "";
+                                  const JsonTree tree(
+                                      jsonParse(document.data(), static_cast<std::uint32_t>(document.size()), &error));
+                                  EXPECT_STREQ(error, tree ? "" : "Memory allocation failure");
+                                  return failed(tree != nullptr);
+                              },
+                              {{-1}}});
+#endif
+    for (Operation& operation : operations) { // the strings among them say so on the debug channel
+        operation.run = [run = operation.run](TestHeap& heap) {
+            const Recorder quiet;
+            return run(heap);
+        };
+    }
+    runAll(operations);
+}
+
+} // namespace
+} // namespace toolbelt::test

@@ -1,0 +1,228 @@
+// What operations leave on the stack: it is painted, an operation runs, and what it used is searched for eight bytes in
+// a row of its secrets. Arrays and local objects are wiped by the library; registers that the compiler puts by are in
+// its hands, so this holds for the compiler and the flags at hand. Not for sanitizers, which move what is on the stack.
+#include <unordered_set>
+
+#include "crypto/bignum/modular.h"
+#include "crypto/encoding/base64.h"
+#include "crypto/hash/hash.h"
+#include "crypto/pka/rsa_generate.h"
+#include "tests/cipher/cipher_support.h"
+#include "tests/pka/keys.h"
+#include "tests/robust/operations.h"
+#include "tests/support/one_worker.h"
+
+namespace toolbelt::test {
+namespace {
+
+constexpr std::size_t DEPTH = 96 * 1024;
+std::unordered_set<std::uint64_t> windows;
+
+std::uint64_t window(const std::uint8_t* bytes, bool backwards, bool words)
+{
+    std::uint64_t value = 0;
+    for (std::size_t i = 0; i < 8; ++i) value = value << 8 | bytes[words ? i ^ 3 : backwards ? 7 - i : i];
+    return value;
+}
+
+// Each eight bytes as they are, in the other order, and as two words of it.
+void watch(const Bytes& secret)
+{
+    for (std::size_t at = 0; at + 8 <= secret.size(); ++at)
+        for (const auto& [backwards, words] : {std::pair{false, false}, {true, false}, {false, true}})
+            windows.insert(window(&secret[at], backwards, words));
+    windows.erase(0);
+}
+
+// Both frames lie where those of the operation do.
+[[gnu::noinline]] void paint()
+{
+    volatile std::uint8_t area[DEPTH];
+    for (std::size_t i = 0; i < DEPTH; ++i) area[i] = 0xB5;
+    __asm__ __volatile__("" : : "r"(&area) : "memory");
+}
+struct Left
+{
+    std::uint32_t pieces = 0, inARow = 0; // of eight bytes; such that overlap, as those of an array do
+};
+[[gnu::noinline]] Left search()
+{
+    volatile std::uint8_t area[DEPTH];
+    __asm__ __volatile__("" : : "r"(&area) : "memory"); // its contents are what is there
+    std::uint64_t value = 0;
+    std::uint32_t row = 0;
+    Left left;
+    for (std::size_t i = 0; i < DEPTH; ++i) {
+        value = value << 8 | area[i];
+        row = windows.contains(value) ? row + 1 : 0;
+        left.pieces += row != 0;
+        left.inARow = std::max(left.inARow, row);
+    }
+    return left;
+}
+
+// Somewhat deeper than the search, whose own variables lie above the area.
+template <typename Run>
+[[gnu::noinline]] void call(Run run)
+{
+    volatile std::uint8_t above[256];
+    above[0] = 1;
+    run();
+    __asm__ __volatile__("" : : "r"(&above) : "memory");
+}
+
+template <typename Run>
+Left leftBy(std::initializer_list<Bytes> secrets, Run run)
+{
+    windows.clear();
+    for (const Bytes& secret : secrets) watch(secret);
+    paint();
+    call(run);
+    return search();
+}
+
+std::uint32_t checked = 0;
+void expectNothing(const std::string& name, Left left)
+{
+    EXPECT_EQ(left.pieces, 0u) << name << " leaves pieces of its secrets on the stack";
+    ++checked;
+}
+// Arithmetic on limbs of 64 bits puts single ones by where 32-bit registers run out. Never an array of them.
+void expectLimbs(const std::string& name, Left left)
+{
+    EXPECT_TRUE(left.inARow <= 1 && left.pieces <= 3)
+        << name << " leaves " << left.pieces << " pieces, " << left.inARow << " in a row";
+    if (left.pieces) std::printf("    %-36s %u limbs left\n", name.c_str(), left.pieces);
+    ++checked;
+}
+
+class Stack : public OneWorker
+{
+protected:
+    void TearDown() override { cpu::limitFeatures(~0u); }
+};
+
+TEST_F(Stack, TheProbeSees)
+{
+    const Bytes secret = randomBytes(32, 1);
+    EXPECT_GE(leftBy({secret},
+                     [&] {
+                         volatile std::uint8_t copy[32];
+                         for (std::size_t i = 0; i < 32; ++i) copy[i] = secret[i];
+                         __asm__ __volatile__("" : : "r"(&copy) : "memory");
+                     })
+                  .inARow,
+              25u);
+}
+
+TEST_F(Stack, CiphersAndDigests)
+{
+    const Bytes plain = randomBytes(1024, 2), iv = randomBytes(16, 3);
+    for (const std::uint32_t features : {0u, ~0u}) {
+        cpu::limitFeatures(features);
+        const std::string tier = features ? ", fastest" : ", portable";
+        for (const CipherRow& row : cipherRows) {
+            const Bytes key = randomBytes(row.keySize(nullptr), 4);
+            Bytes out(plain.size());
+            expectNothing("cipher " + std::to_string(row.id) + tier, leftBy({key, plain}, [&] {
+                              const std::unique_ptr<cSymAlg> cipher(row.create(key.data(), sizeOf(key)));
+                              (void)cipher->encryptBlocks(plain.data(), out.data(), 1024);
+                              for (const std::uint32_t mode : {SYM_MODE_CBC, SYM_MODE_CBC_WORDSWAP, SYM_MODE_CFB}) {
+                                  cipher->setMode(mode);
+                                  (void)cipher->modeEncrypt(cipher.get(), iv.data(), plain.data(), out.data(), 1024);
+                                  (void)cipher->modeDecrypt(cipher.get(), iv.data(), out.data(), out.data(), 1024);
+                              }
+                          }));
+        }
+        for (const HashRow& row : hashRows) {
+            std::uint8_t digest[64];
+            const Left left = leftBy({plain}, [&] {
+                cHashAlg* hash = nullptr;
+                if (createHash(&hash, row.id) != CRYPT_OK) return;
+                (void)hashBuffer(hash, digest, plain.data(), 1000);
+                destroyHash(hash);
+            });
+            expectNothing("digest " + std::to_string(row.id) + tier, left);
+        }
+    }
+}
+
+TEST_F(Stack, KeysAndTexts)
+{
+    const RsaNumbers& rsa = rsaKey("rsa1024e17");
+    const FieldNumbers &dsa = dsaNumbers("dsa512-160"), &elgamal = elgamalNumbers();
+    const Bytes blob = rsa.privateBlob(), der = derElement(0x30, rsa.privateContent()), digest = randomBytes(20, 5),
+                message = join({{0}, randomBytes(127, 6)});
+    const std::initializer_list<Bytes> numbers = {rsa.d, rsa.p, rsa.q, rsa.dp, rsa.dq, rsa.qinv};
+    for (const std::uint32_t features : {0u, ~0u}) {
+        cpu::limitFeatures(features);
+        const std::string tier = features ? ", fastest" : ", portable";
+        Bytes output(2000);
+        std::uint32_t length = 2000;
+        Key key;
+        expectLimbs("RSA import, blob" + tier,
+                    leftBy(numbers, [&] { key.reset(newPrivateRsa(blob.data(), sizeOf(blob))); }));
+        expectLimbs("RSA import, DER" + tier, leftBy(numbers, [&] {
+                        DerElement element;
+                        cPKA* made = nullptr;
+                        (void)parseElement(element, der.data(), sizeOf(der));
+                        (void)newPrivateRsaFromDer(&made, element);
+                        key.reset(made);
+                    }));
+        ASSERT_NE(key, nullptr);
+        expectLimbs("RSA private operation" + tier, leftBy(numbers, [&] {
+                        (void)key->signPrefixed(output.data(), &(length = 2000), digest.data(), 20);
+                    }));
+        expectLimbs("RSA export" + tier,
+                    leftBy(numbers, [&] { (void)key->exportDer(output.data(), &(length = 2000)); }));
+        const Bytes cipher = run(*rsa.open(), &cPKA::encryptPrefixed, message);
+        expectLimbs("RSA decryption" + tier, leftBy({message, rsa.p, rsa.q, rsa.dp, rsa.dq, rsa.qinv}, [&] {
+                        (void)key->privateFromPrefixed(output.data(), &(length = 2000), cipher.data(), sizeOf(cipher));
+                    }));
+        for (const FieldNumbers* field : {&dsa, &elgamal}) {
+            const Bytes fieldBlob = field->privateBlob(), drawn = randomBytes(64, 7);
+            const std::string name = field->isDsa() ? "DSA" : "ElGamal";
+            const Pool pool(drawn);
+            expectLimbs(name + " import" + tier, leftBy({field->x}, [&] {
+                            key.reset(field->secretFactory()(fieldBlob.data(), sizeOf(fieldBlob)));
+                        }));
+            ASSERT_NE(key, nullptr);
+            expectLimbs(name + " signature" + tier, leftBy({field->x, drawn}, [&] {
+                            (void)key->signPrefixed(output.data(), &(length = 2000), digest.data(), 20);
+                        }));
+        }
+        Bytes seed = rsaKey("rsa512").p, made;
+        seed = join({randomBytes(16, 8), randomBytes(16, 9)});
+        seed[0] |= 0xC0;
+        seed[16] |= 0xC0;
+        // What is generated is known afterwards: the same seed again.
+        for (const bool known : {false, true}) {
+            const auto generate = [&] {
+                Bytes copy = seed;
+                RsaPrivateKey* record = nullptr;
+                (void)generateRsa(&record, copy.data(), 32, 0, nullptr, false);
+                if (!known)
+                    for (const BigNum* number : {record->p, record->q, record->d})
+                        made = join({made, bytesOf(*number)});
+                freeRsaKey(record);
+            };
+            const Left left = leftBy({made}, generate);
+            if (known) expectLimbs("RSA generation" + tier, left);
+        }
+        const Bytes secret = randomBytes(600, 10);
+        Bytes text(1200);
+        std::uint32_t size = 1200;
+        expectNothing("base64Encode" + tier, leftBy({secret}, [&] {
+                          (void)base64Encode(reinterpret_cast<char*>(text.data()), &size, secret.data(), 600);
+                      }));
+        expectNothing("base64Decode" + tier, leftBy({secret, slice(text, 0, 800)}, [&] {
+                          (void)base64Decode(output.data(), &(length = 2000), reinterpret_cast<char*>(text.data()),
+                                             size);
+                      }));
+        EXPECT_EQ(slice(output, 0, 600), secret);
+    }
+    std::printf("%u operations left no array on the stack\n", checked);
+}
+
+} // namespace
+} // namespace toolbelt::test
