@@ -24,8 +24,8 @@ struct Form
 constexpr Form CLASSIC_FORM = {18, 0, 4, 8, 0, 18};
 constexpr Form EXTENDED_FORM = {26, 12, 8, 16, 4, 24};
 
-// Reads the template and, behind its end, zeros. There every text is empty and no control has data, so that 65,535
-// controls end 0x10000 + 65,535 * 28 bytes behind the end at most.
+// Reads the template and, behind its end, zeros. There every text is empty and no control has data, so that a control
+// takes 32 bytes at most and nothing leads further behind the end than one count of data and 65,535 controls.
 class Reader
 {
 public:

@@ -7,19 +7,19 @@
 namespace toolbelt {
 namespace {
 
-constexpr std::uint32_t lastErrorOfThread = 0xFFFFFFFF;
-constexpr DWORD defaultLanguage = 0x0400;
+constexpr std::uint32_t LAST_ERROR_OF_THREAD = 0xFFFFFFFF;
+constexpr DWORD DEFAULT_LANGUAGE = 0x0400;
 
 } // namespace
 
 const wchar_t* cWCS::SystemErrorText(std::uint32_t code)
 {
-    if (code == lastErrorOfThread) code = GetLastError();
+    if (code == LAST_ERROR_OF_THREAD) code = GetLastError();
     cWCS result;
     wchar_t* message = nullptr;
     const DWORD written =
         FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_FROM_SYSTEM,
-                       nullptr, code, defaultLanguage, reinterpret_cast<wchar_t*>(&message), 0, nullptr);
+                       nullptr, code, DEFAULT_LANGUAGE, reinterpret_cast<wchar_t*>(&message), 0, nullptr);
     if (written)
         result.Assign(message);
     else

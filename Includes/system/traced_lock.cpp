@@ -10,7 +10,8 @@ namespace {
 
 constexpr int FURTHER_YIELDS = 101;
 
-static_assert(sizeof(SectionRecord) == sizeof(CRITICAL_SECTION) && alignof(SectionRecord) == alignof(CRITICAL_SECTION));
+static_assert(sizeof(SectionRecord) == sizeof(CRITICAL_SECTION));
+static_assert(alignof(SectionRecord) == alignof(CRITICAL_SECTION));
 static_assert(offsetof(cTracedLock, section) == 0 && offsetof(cTracedLock, readiness) == sizeof(CRITICAL_SECTION));
 static_assert(offsetof(cTracedLock, closing) == 28 && offsetof(cTracedLock, depth) == 32);
 static_assert(offsetof(cTracedLock, holderOperation) == 36 && offsetof(cTracedLock, holderLine) == 40);

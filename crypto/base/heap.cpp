@@ -54,7 +54,10 @@ const Backend* setBackend(const Backend* backend) noexcept
     return std::exchange(current, backend ? backend : &systemBackend);
 }
 
-void* allocate(std::size_t size) noexcept { return current->allocate(size, false); }
+void* allocate(std::size_t size) noexcept
+{
+    return current->allocate(size, false);
+}
 
 void release(void* block) noexcept
 {
@@ -68,7 +71,10 @@ void releaseSecret(void* block, std::size_t size) noexcept
     current->release(block, size, false);
 }
 
-void* globalAllocate(std::size_t size) noexcept { return current->allocate(size, true); }
+void* globalAllocate(std::size_t size) noexcept
+{
+    return current->allocate(size, true);
+}
 
 void globalReleaseSecret(void* block, std::size_t size) noexcept
 {

@@ -1,4 +1,5 @@
-// Vectors of four 64-bit lanes. For files that are compiled for AVX2.
+// Vectors of four 64-bit lanes. For files that are compiled for AVX2. The same operations as Sse2 has, each in its own
+// instructions: the kernels are written once over either.
 #pragma once
 
 #include <immintrin.h>

@@ -1,4 +1,5 @@
-// Vectors of two 64-bit lanes. For files that are compiled for SSE2.
+// Vectors of two 64-bit lanes. For files that are compiled for SSE2. The same operations as Avx2 has, each in its own
+// instructions: the kernels are written once over either.
 #pragma once
 
 #include <emmintrin.h>

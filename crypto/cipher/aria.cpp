@@ -172,33 +172,22 @@ void expandKey(ARIASchedule& schedule, const std::uint8_t* key, std::uint32_t ke
     }
 }
 
+void encryptBlock(const ARIASchedule& key, const std::uint8_t* in, std::uint8_t* out)
+{
+    transformBlock(key.encryption, key.rounds, in, out);
+}
+
+void decryptBlock(const ARIASchedule& key, const std::uint8_t* in, std::uint8_t* out)
+{
+    transformBlock(key.decryption, key.rounds, in, out);
+}
+
 } // namespace
 
-class cAlgARIA : public cSymAlg
+class cAlgARIA : public BlockCipher<16, ARIASchedule, encryptBlock, decryptBlock>
 {
 public:
-    explicit cAlgARIA(std::uint32_t length) noexcept : keyLength(length) {}
-    std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
-    {
-        *blockSize = 16;
-        *keySize = keyLength;
-        return 1;
-    }
-    Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<16>(in, out, length, [&key = *schedule](auto from, auto to) {
-            transformBlock(key.encryption, key.rounds, from, to);
-        });
-    }
-    Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<16>(in, out, length, [&key = *schedule](auto from, auto to) {
-            transformBlock(key.decryption, key.rounds, from, to);
-        });
-    }
-
-    ScheduleOwner<ARIASchedule> schedule;
-    std::uint32_t keyLength;
+    using BlockCipher::BlockCipher;
 };
 
 class cAlgARIA128 final : public cAlgARIA
@@ -213,31 +202,17 @@ public:
     using cAlgARIA::cAlgARIA;
 };
 
-namespace {
-
-// The class says which row was asked for; the key's own length decides the schedule.
-template <typename Cipher>
-cSymAlg* create(const std::uint8_t* key, std::uint32_t keyLength)
-{
-    if (key == nullptr || (keyLength != 16 && keyLength != 24 && keyLength != 32)) return nullptr;
-    auto cipher = newCipher<Cipher>(keyLength);
-    if (cipher) expandKey(*cipher->schedule, key, keyLength);
-    return cipher.release();
-}
-
-} // namespace
-
 cSymAlg* createARIA128(const std::uint8_t* key, std::uint32_t keyLength)
 {
-    return create<cAlgARIA128>(key, keyLength);
+    return createOfThreeLengths<cAlgARIA128, expandKey>(key, keyLength);
 }
 cSymAlg* createARIA192(const std::uint8_t* key, std::uint32_t keyLength)
 {
-    return create<cAlgARIA192>(key, keyLength);
+    return createOfThreeLengths<cAlgARIA192, expandKey>(key, keyLength);
 }
 cSymAlg* createARIA(const std::uint8_t* key, std::uint32_t keyLength)
 {
-    return create<cAlgARIA>(key, keyLength);
+    return createOfThreeLengths<cAlgARIA, expandKey>(key, keyLength);
 }
 
 } // namespace toolbelt

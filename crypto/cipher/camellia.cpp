@@ -221,29 +221,10 @@ void decryptBlock(const CamelliaSchedule& key, const std::uint8_t* in, std::uint
 
 } // namespace
 
-class cAlgCamellia : public cSymAlg
+class cAlgCamellia : public BlockCipher<16, CamelliaSchedule, encryptBlock, decryptBlock>
 {
 public:
-    explicit cAlgCamellia(std::uint32_t length) noexcept : keyLength(length) {}
-    std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
-    {
-        *blockSize = 16;
-        *keySize = keyLength;
-        return 1;
-    }
-    Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<16>(in, out, length,
-                                [&key = *schedule](auto from, auto to) { encryptBlock(key, from, to); });
-    }
-    Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<16>(in, out, length,
-                                [&key = *schedule](auto from, auto to) { decryptBlock(key, from, to); });
-    }
-
-    ScheduleOwner<CamelliaSchedule> schedule;
-    std::uint32_t keyLength;
+    using BlockCipher::BlockCipher;
 };
 
 class cAlgCamellia128 final : public cAlgCamellia
@@ -258,31 +239,17 @@ public:
     using cAlgCamellia::cAlgCamellia;
 };
 
-namespace {
-
-// The class says which row was asked for; the key's own length decides the schedule.
-template <typename Cipher>
-cSymAlg* create(const std::uint8_t* key, std::uint32_t keyLength)
-{
-    if (key == nullptr || (keyLength != 16 && keyLength != 24 && keyLength != 32)) return nullptr;
-    auto cipher = newCipher<Cipher>(keyLength);
-    if (cipher) expandKey(*cipher->schedule, key, keyLength);
-    return cipher.release();
-}
-
-} // namespace
-
 cSymAlg* createCamellia128(const std::uint8_t* key, std::uint32_t keyLength)
 {
-    return create<cAlgCamellia128>(key, keyLength);
+    return createOfThreeLengths<cAlgCamellia128, expandKey>(key, keyLength);
 }
 cSymAlg* createCamellia192(const std::uint8_t* key, std::uint32_t keyLength)
 {
-    return create<cAlgCamellia192>(key, keyLength);
+    return createOfThreeLengths<cAlgCamellia192, expandKey>(key, keyLength);
 }
 cSymAlg* createCamellia(const std::uint8_t* key, std::uint32_t keyLength)
 {
-    return create<cAlgCamellia>(key, keyLength);
+    return createOfThreeLengths<cAlgCamellia, expandKey>(key, keyLength);
 }
 
 } // namespace toolbelt

@@ -127,27 +127,10 @@ void decryptBlock(const CastSchedule& key, const std::uint8_t* in, std::uint8_t*
 
 } // namespace
 
-class cAlgCast final : public cSymAlg
+class cAlgCast final : public BlockCipher<8, CastSchedule, encryptBlock, decryptBlock>
 {
 public:
-    std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
-    {
-        *blockSize = 8;
-        *keySize = KEY_BYTES;
-        return 1;
-    }
-    Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<8>(in, out, length,
-                               [&key = *schedule](auto from, auto to) { encryptBlock(key, from, to); });
-    }
-    Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<8>(in, out, length,
-                               [&key = *schedule](auto from, auto to) { decryptBlock(key, from, to); });
-    }
-
-    ScheduleOwner<CastSchedule> schedule;
+    using BlockCipher::BlockCipher;
 };
 
 // A short key is filled up with zeros to 16 bytes and still runs 16 rounds, by design: the RFC would run 12 for keys of
@@ -156,7 +139,7 @@ cSymAlg* createCast(const std::uint8_t* key, std::uint32_t keyLength)
 {
     const PaddedKey<KEY_BYTES> padded(key, keyLength);
     if (!padded) return nullptr;
-    auto cipher = newCipher<cAlgCast>();
+    auto cipher = newCipher<cAlgCast>(KEY_BYTES);
     if (cipher) expandKey(*cipher->schedule, padded.data());
     return cipher.release();
 }

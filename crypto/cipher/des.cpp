@@ -159,36 +159,31 @@ DesHalves desDecryptRounds(const DesSchedule& schedule, DesHalves halves) noexce
     return {R, L};
 }
 
-class cAlgDes final : public cSymAlg
+namespace {
+
+void encryptBlock(const DesSchedule& key, const std::uint8_t* in, std::uint8_t* out)
+{
+    desFinalPermutation(out, desEncryptRounds(key, desInitialPermutation(in)));
+}
+
+void decryptBlock(const DesSchedule& key, const std::uint8_t* in, std::uint8_t* out)
+{
+    desFinalPermutation(out, desDecryptRounds(key, desInitialPermutation(in)));
+}
+
+} // namespace
+
+class cAlgDes final : public BlockCipher<8, DesSchedule, encryptBlock, decryptBlock>
 {
 public:
-    std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
-    {
-        *blockSize = 8;
-        *keySize = KEY_BYTES;
-        return 1;
-    }
-    Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<8>(in, out, length, [&key = *schedule](auto from, auto to) {
-            desFinalPermutation(to, desEncryptRounds(key, desInitialPermutation(from)));
-        });
-    }
-    Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<8>(in, out, length, [&key = *schedule](auto from, auto to) {
-            desFinalPermutation(to, desDecryptRounds(key, desInitialPermutation(from)));
-        });
-    }
-
-    ScheduleOwner<DesSchedule> schedule;
+    using BlockCipher::BlockCipher;
 };
 
 cSymAlg* createDes(const std::uint8_t* key, std::uint32_t keyLength)
 {
     const PaddedKey<KEY_BYTES> padded(key, keyLength);
     if (!padded) return nullptr;
-    auto cipher = newCipher<cAlgDes>();
+    auto cipher = newCipher<cAlgDes>(KEY_BYTES);
     if (cipher) desExpandKey(*cipher->schedule, padded.data());
     return cipher.release();
 }

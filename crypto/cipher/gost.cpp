@@ -49,35 +49,22 @@ void transformBlock(const GOSTSchedule& schedule, const std::uint8_t* in, std::u
 
 } // namespace
 
-class cAlgGOST final : public cSymAlg
+class cAlgGOST final : public BlockCipher<8, GOSTSchedule, transformBlock<3>, transformBlock<1>>
 {
 public:
-    std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
-    {
-        *blockSize = 8;
-        *keySize = 0; // the length is not stored, by design
-        return 1;
-    }
-    Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<8>(in, out, length,
-                               [&key = *schedule](auto from, auto to) { transformBlock<3>(key, from, to); });
-    }
+    using BlockCipher::BlockCipher;
     Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
     {
-        return forEachBlock<8>(
-            in, out, length, [&key = *schedule](auto from, auto to) { transformBlock<1>(key, from, to); },
-            schedule->decryptWide, schedule->key);
+        return decryptWith(schedule->decryptWide, schedule->key, in, out, length);
     }
-
-    ScheduleOwner<GOSTSchedule> schedule;
 };
 
+// No length is kept to be reported, by design.
 cSymAlg* createGOST(const std::uint8_t* key, std::uint32_t keyLength)
 {
     const PaddedKey<KEY_BYTES> padded(key, keyLength);
     if (!padded) return nullptr;
-    auto cipher = newCipher<cAlgGOST>();
+    auto cipher = newCipher<cAlgGOST>(0u);
     if (cipher) {
         for (std::uint32_t i = 0; i < 8; ++i) cipher->schedule->key[i] = load32le(padded.data() + 4 * i);
         cipher->schedule->decryptWide = cpu::has(cpu::AVX2) ? gostDecryptAvx2 : nullptr;

@@ -1,4 +1,6 @@
-// What the file of one cipher is made of: the owner of its key schedule, the padded key and the loop over the blocks.
+// What the file of one cipher is made of: the owner of its key schedule, the padded key, the loop over the blocks, and
+// the class over two functions of one block. IDEA, Blowfish and Rijndael have more to choose from in both directions,
+// and classes of their own.
 #pragma once
 
 #include <algorithm>
@@ -79,6 +81,54 @@ Status forEachBlock(const std::uint8_t* in, std::uint8_t* out, std::int32_t leng
     for (std::uint32_t at = done; at < static_cast<std::uint32_t>(length); at += BLOCK_SIZE)
         transform(in + at, out + at);
     return CRYPT_OK;
+}
+
+// A cipher that works block by block: its members are functions of one block. What getSizes reports as the key size is
+// given when the object is made; 0 where a cipher keeps no length. A cipher with a wide twin overrides decryptBlocks.
+template <std::uint32_t BLOCK_SIZE, typename Schedule, auto ENCRYPT_BLOCK, auto DECRYPT_BLOCK>
+class BlockCipher : public cSymAlg
+{
+public:
+    explicit BlockCipher(std::uint32_t reportedKeySize) noexcept : keySize_(reportedKeySize) {}
+    std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
+    {
+        *blockSize = BLOCK_SIZE;
+        *keySize = keySize_;
+        return 1;
+    }
+    Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
+    {
+        return forEachBlock<BLOCK_SIZE>(in, out, length,
+                                        [&key = *schedule](auto from, auto to) { ENCRYPT_BLOCK(key, from, to); });
+    }
+    Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
+    {
+        return decryptWith(nullptr, nullptr, in, out, length);
+    }
+
+    ScheduleOwner<Schedule> schedule;
+
+protected:
+    Status decryptWith(WideBlocks* wide, const void* keys, const std::uint8_t* in, std::uint8_t* out,
+                       std::int32_t length)
+    {
+        return forEachBlock<BLOCK_SIZE>(
+            in, out, length, [&key = *schedule](auto from, auto to) { DECRYPT_BLOCK(key, from, to); }, wide, keys);
+    }
+
+private:
+    std::uint32_t keySize_;
+};
+
+// For the ciphers with a row and a class for each of three lengths: the class says which row was asked for, the key's
+// own length decides the schedule.
+template <typename Cipher, auto EXPAND_KEY>
+cSymAlg* createOfThreeLengths(const std::uint8_t* key, std::uint32_t keyLength)
+{
+    if (key == nullptr || (keyLength != 16 && keyLength != 24 && keyLength != 32)) return nullptr;
+    auto cipher = newCipher<Cipher>(keyLength);
+    if (cipher) EXPAND_KEY(*cipher->schedule, key, keyLength);
+    return cipher.release();
 }
 
 } // namespace toolbelt

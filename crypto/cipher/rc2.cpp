@@ -116,29 +116,10 @@ void decryptBlock(const RC2Schedule& schedule, const std::uint8_t* in, std::uint
 
 } // namespace
 
-class cAlgRC2 : public cSymAlg
+class cAlgRC2 : public BlockCipher<8, RC2Schedule, encryptBlock, decryptBlock>
 {
 public:
-    explicit cAlgRC2(std::uint32_t nominalLength) noexcept : keyLength(nominalLength) {}
-    std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
-    {
-        *blockSize = 8;
-        *keySize = keyLength;
-        return 1;
-    }
-    Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<8>(in, out, length,
-                               [&key = *schedule](auto from, auto to) { encryptBlock(key, from, to); });
-    }
-    Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<8>(in, out, length,
-                               [&key = *schedule](auto from, auto to) { decryptBlock(key, from, to); });
-    }
-
-    ScheduleOwner<RC2Schedule> schedule;
-    std::uint32_t keyLength; // the nominal one, whatever the length of the key
+    using BlockCipher::BlockCipher;
 };
 
 class cAlgRC2_40 final : public cAlgRC2

@@ -73,30 +73,14 @@ void decryptBlock(const RC6Schedule& schedule, const std::uint8_t* in, std::uint
 
 } // namespace
 
-class cAlgRC6 final : public cSymAlg
+class cAlgRC6 final : public BlockCipher<16, RC6Schedule, encryptBlock, decryptBlock>
 {
 public:
-    explicit cAlgRC6(std::uint32_t length) noexcept : keyLength(length) {}
-    std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
-    {
-        *blockSize = 16;
-        *keySize = keyLength;
-        return 1;
-    }
-    Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<16>(in, out, length,
-                                [&key = *schedule](auto from, auto to) { encryptBlock(key, from, to); });
-    }
+    using BlockCipher::BlockCipher;
     Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
     {
-        return forEachBlock<16>(
-            in, out, length, [&key = *schedule](auto from, auto to) { decryptBlock(key, from, to); },
-            schedule->decryptWide, schedule->S);
+        return decryptWith(schedule->decryptWide, schedule->S, in, out, length);
     }
-
-    ScheduleOwner<RC6Schedule> schedule;
-    std::uint32_t keyLength;
 };
 
 cSymAlg* createRC6(const std::uint8_t* key, std::uint32_t keyLength)

@@ -76,36 +76,23 @@ void decryptBlock(const SerpentSchedule& schedule, const std::uint8_t* in, std::
 
 } // namespace
 
-class cAlgSerpent final : public cSymAlg
+class cAlgSerpent final : public BlockCipher<16, SerpentSchedule, encryptBlock, decryptBlock>
 {
 public:
-    std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
-    {
-        *blockSize = 16;
-        *keySize = 0; // the length is not stored, by design
-        return 1;
-    }
-    Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<16>(in, out, length,
-                                [&key = *schedule](auto from, auto to) { encryptBlock(key, from, to); });
-    }
+    using BlockCipher::BlockCipher;
     Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
     {
-        return forEachBlock<16>(
-            in, out, length, [&key = *schedule](auto from, auto to) { decryptBlock(key, from, to); },
-            schedule->decryptWide, schedule->K);
+        return decryptWith(schedule->decryptWide, schedule->K, in, out, length);
     }
-
-    ScheduleOwner<SerpentSchedule> schedule;
 };
 
-// A short key is filled up with zeros to 32 bytes, without the standard's padding bit, by design.
+// A short key is filled up with zeros to 32 bytes, without the standard's padding bit, and no length is kept to be
+// reported, by design.
 cSymAlg* createSerpent(const std::uint8_t* key, std::uint32_t keyLength)
 {
     const PaddedKey<KEY_BYTES> padded(key, keyLength);
     if (!padded) return nullptr;
-    auto cipher = newCipher<cAlgSerpent>();
+    auto cipher = newCipher<cAlgSerpent>(0u);
     if (cipher) {
         expandKey(*cipher->schedule, padded.data());
         cipher->schedule->decryptWide = cpu::has(cpu::AVX2) ? serpentDecryptAvx2 : nullptr;

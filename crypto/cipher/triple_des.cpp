@@ -29,34 +29,17 @@ void decryptBlock(const TripleDesSchedule& key, const std::uint8_t* in, std::uin
 
 } // namespace
 
-class cAlg3des final : public cSymAlg
+class cAlg3des final : public BlockCipher<8, TripleDesSchedule, encryptBlock, decryptBlock>
 {
 public:
-    std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
-    {
-        *blockSize = 8;
-        *keySize = KEY_BYTES;
-        return 1;
-    }
-    Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<8>(in, out, length,
-                               [&key = *schedule](auto from, auto to) { encryptBlock(key, from, to); });
-    }
-    Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<8>(in, out, length,
-                               [&key = *schedule](auto from, auto to) { decryptBlock(key, from, to); });
-    }
-
-    ScheduleOwner<TripleDesSchedule> schedule;
+    using BlockCipher::BlockCipher;
 };
 
 cSymAlg* create3des(const std::uint8_t* key, std::uint32_t keyLength)
 {
     const PaddedKey<KEY_BYTES> padded(key, keyLength);
     if (!padded) return nullptr;
-    auto cipher = newCipher<cAlg3des>();
+    auto cipher = newCipher<cAlg3des>(KEY_BYTES);
     if (cipher) {
         desExpandKey(cipher->schedule->K1, padded.data());
         desExpandKey(cipher->schedule->K2, padded.data() + 8);

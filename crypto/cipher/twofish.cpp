@@ -174,35 +174,19 @@ void decryptBlock(const TwofishSchedule& key, const std::uint8_t* in, std::uint8
 
 } // namespace
 
-class cAlgTFish final : public cSymAlg
+class cAlgTFish final : public BlockCipher<16, TwofishSchedule, encryptBlock, decryptBlock>
 {
 public:
-    std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
-    {
-        *blockSize = 16;
-        *keySize = 0; // the length is not stored, by design
-        return 1;
-    }
-    Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<16>(in, out, length,
-                                [&key = *schedule](auto from, auto to) { encryptBlock(key, from, to); });
-    }
-    Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
-    {
-        return forEachBlock<16>(in, out, length,
-                                [&key = *schedule](auto from, auto to) { decryptBlock(key, from, to); });
-    }
-
-    ScheduleOwner<TwofishSchedule> schedule;
+    using BlockCipher::BlockCipher;
 };
 
-// A short key is filled up with zeros to 32 bytes and takes the 256-bit schedule too, by design.
+// A short key is filled up with zeros to 32 bytes and takes the 256-bit schedule too, and no length is kept to be
+// reported, by design.
 cSymAlg* createTFish(const std::uint8_t* key, std::uint32_t keyLength)
 {
     const PaddedKey<KEY_BYTES> padded(key, keyLength);
     if (!padded) return nullptr;
-    auto cipher = newCipher<cAlgTFish>();
+    auto cipher = newCipher<cAlgTFish>(0u);
     if (cipher) expandKey(*cipher->schedule, padded.data());
     return cipher.release();
 }

@@ -3,9 +3,9 @@
 
 #include <new>
 
-#include "crypto/bignum/modular.h"
 #include "crypto/encoding/der_cursor.h"
 #include "crypto/pka/key_bytes.h"
+#include "crypto/pka/key_number.h"
 #include "crypto/pka/public_key_info.h"
 
 namespace toolbelt {
@@ -63,10 +63,7 @@ std::int32_t elgamalKeyLength(const ElgamalKey& key)
 
 Status ensureElgamalPublicValue(ElgamalKey& key)
 {
-    if (bnCompareWord(key.y, 0) != 0) return STATUS_OK;
-    BigNum y; // a failure must not leave half a number in the record
-    if (const Status status = bnModExp(y, key.g, key.x, key.p)) return status;
-    return bnCopy(key.y, y);
+    return ensurePublicValue(key.y, key.g, key.x, key.p);
 }
 
 Status importElgamalPublic(ElgamalKey** key, const std::uint8_t* blob, std::uint32_t length)

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "crypto/base/heap.h"
+#include "crypto/bignum/modular.h"
 
 namespace toolbelt {
 
@@ -22,6 +23,14 @@ void freeKeyNumber(BigNum* number)
     if (number == nullptr) return;
     number->~BigNum();
     heap::release(number);
+}
+
+Status ensurePublicValue(BigNum& y, const BigNum& g, const BigNum& x, const BigNum& p)
+{
+    if (bnCompareWord(y, 0) != 0) return STATUS_OK;
+    BigNum value; // a failure must not leave half a number in the record
+    if (const Status status = bnModExp(value, g, x, p)) return status;
+    return bnCopy(y, value);
 }
 
 } // namespace toolbelt

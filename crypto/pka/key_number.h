@@ -10,4 +10,7 @@ BigNum* newKeyNumber();
 // Wipes and frees a number. Null is ignored.
 void freeKeyNumber(BigNum* number);
 
+// y = g^x mod p where y is still 0: the public value that a private record of DSA or ElGamal need not hold.
+[[nodiscard]] Status ensurePublicValue(BigNum& y, const BigNum& g, const BigNum& x, const BigNum& p);
+
 } // namespace toolbelt
