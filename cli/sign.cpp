@@ -13,6 +13,7 @@
 #include "cli/random.h"
 #include "cli/results.h"
 #include "cli/text.h"
+#include "crypto/pka/digest_info.h"
 #include "crypto/pka/dsa_key.h"
 
 namespace toolbelt::cli {
@@ -29,37 +30,13 @@ struct Options
     bool bare = false;
 };
 
-// What stands in front of a digest in a DigestInfo (RFC 8017, section 9.2, and the like for the others): the
-// identifier of the algorithm, in hexadecimal. Digests without an identifier in use can only be signed bare.
-struct DigestIdentifier
-{
-    std::int32_t id;
-    const char* octets;
-};
-constexpr DigestIdentifier digestIdentifiers[] = {
-    {1, "2a864886f70d0205"},      // MD5
-    {2, "2b0e03021a"},            // SHA-1
-    {3, "2b24030201"},            // RIPEMD-160
-    {8, "608648016503040201"},    // SHA-256
-    {0x80, "608648016503040201"}, // SHA-256
-    {10, "608648016503040203"},   // SHA-512
-};
+constexpr std::int32_t SHA256_OWN_ID = 0x80; // the same digest as SHA256_ID
+constexpr std::int32_t SHA256_ID = 8;
 
-Bytes joined(Bytes first, const Bytes& second)
+// Digests without an identifier in use can only be signed bare.
+const DigestIdentifier& digestIdentifier(const HashRow& row)
 {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
-}
-
-Bytes digestInfo(const HashRow& row, const Bytes& digest)
-{
-    for (const DigestIdentifier& identifier : digestIdentifiers) {
-        if (identifier.id != row.id) continue;
-        const std::vector<std::uint8_t> octets = *parseHex(identifier.octets);
-        const Bytes algorithm = joined(element(DER_OID, Bytes(octets.begin(), octets.end())), Bytes{5, 0});
-        return element(DER_CONSTRUCTED_SEQUENCE,
-                       joined(element(DER_CONSTRUCTED_SEQUENCE, algorithm), element(DER_OCTET_STRING, digest)));
-    }
+    if (const auto* identifier = findDigestIdentifier(row.id == SHA256_OWN_ID ? SHA256_ID : row.id)) return *identifier;
     throw UsageError(std::string(row.name) + " has no identifier for a DigestInfo; --bare signs the digest alone");
 }
 
@@ -95,11 +72,16 @@ ExitCode signFile(const Options& options)
     const KeyKind& kind = *findKind(loaded.key->algorithm());
     const SignatureFormat format = formatOf(options, kind);
     if (options.bare && kind.format != SignatureFormat::raw) throw UsageError("--bare goes with RSA keys");
-    const bool info = kind.format == SignatureFormat::raw && !options.bare;
-    if (info) digestInfo(hash, {}); // refuses before a long file is read
+    const DigestIdentifier* identifier = kind.format == SignatureFormat::raw && !options.bare
+                                             ? &digestIdentifier(hash)
+                                             : nullptr; // refuses before a long file is read
 
     Bytes digest = cutDigest(digestOfFile(hash, options.file), kind, loaded);
-    if (info) digest = digestInfo(hash, digest);
+    if (identifier) {
+        Bytes around(digest.size() + DIGEST_INFO_OVERHEAD);
+        around.resize(writeDigestInfo(around.data(), *identifier, digest.data(), size32(digest)));
+        digest = around;
+    }
     if (kind.digestLength(*loaded.key, true) > DSA_SECRET_LENGTH && kind.algorithm == PKA_DSA)
         std::fputs("toolbelt: warning: with a q of more than 160 bits, many signatures give the key away\n", stderr);
     const FilledPool pool(kind.poolLength(*loaded.key));

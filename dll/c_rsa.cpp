@@ -1,6 +1,7 @@
 // The flat surface: RSA signatures over a digest.
 #include <cstring>
 
+#include "crypto/pka/digest_info.h"
 #include "crypto/pka/rsa.h"
 #include "dll/c_support.h"
 
@@ -9,41 +10,18 @@ using namespace toolbelt::flat;
 
 namespace {
 
-// What stands in front of a digest in a DigestInfo (RFC 8017, section 9.2): the identifier of its algorithm.
-struct DigestIdentifier
-{
-    std::int32_t id;
-    std::uint8_t length;
-    std::uint8_t octets[9];
-};
-constexpr DigestIdentifier digestIdentifiers[] = {
-    {1, 8, {0x2a, 0x86, 0x48, 0x86, 0xf7, 0x0d, 0x02, 0x05}},        // MD5
-    {2, 5, {0x2b, 0x0e, 0x03, 0x02, 0x1a}},                          // SHA-1
-    {3, 5, {0x2b, 0x24, 0x03, 0x02, 0x01}},                          // RIPEMD-160
-    {8, 9, {0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x01}},  // SHA-256
-    {10, 9, {0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x03}}, // SHA-512
-};
-
-// A digest in its DigestInfo. All lengths fit one octet.
+// A digest and, for signing, its DigestInfo.
 class SignedDigest
 {
 public:
     tb_status make(std::int32_t id, const void* data, std::uint32_t size)
     {
         if (!isReadable(data, size)) return TB_E_ARGUMENT;
-        for (const DigestIdentifier& identifier : digestIdentifiers) {
-            if (identifier.id != id) continue;
-            if (const tb_status status = digestOf(digest_, digestLength_, id, data, size)) return status;
-            const auto algorithm = static_cast<std::uint8_t>(identifier.length + 4);
-            const auto digest = static_cast<std::uint8_t>(digestLength_);
-            put({DER_CONSTRUCTED_SEQUENCE, static_cast<std::uint8_t>(algorithm + digest + 4)});
-            put({DER_CONSTRUCTED_SEQUENCE, algorithm, DER_OID, identifier.length});
-            put(identifier.octets, identifier.length);
-            put({DER_NULL, 0, DER_OCTET_STRING, digest});
-            put(digest_, digest);
-            return TB_OK;
-        }
-        return TB_E_ALGORITHM;
+        const DigestIdentifier* identifier = findDigestIdentifier(id);
+        if (identifier == nullptr) return TB_E_ALGORITHM;
+        if (const tb_status status = digestOf(digest_, digestLength_, id, data, size)) return status;
+        infoLength_ = writeDigestInfo(info_, *identifier, digest_, digestLength_);
+        return TB_OK;
     }
     const std::uint8_t* info() const { return info_; }
     std::uint32_t infoLength() const { return infoLength_; }
@@ -51,19 +29,9 @@ public:
     std::uint32_t digestLength() const { return digestLength_; }
 
 private:
-    void put(const std::uint8_t* octets, std::uint32_t count)
-    {
-        std::memcpy(info_ + infoLength_, octets, count);
-        infoLength_ += count;
-    }
-    void put(std::initializer_list<std::uint8_t> octets)
-    {
-        put(octets.begin(), static_cast<std::uint32_t>(octets.size()));
-    }
-
     std::uint8_t digest_[MAX_DIGEST] = {};
     std::uint32_t digestLength_ = 0;
-    std::uint8_t info_[MAX_DIGEST + 32] = {};
+    std::uint8_t info_[MAX_DIGEST + DIGEST_INFO_OVERHEAD] = {};
     std::uint32_t infoLength_ = 0;
 };
 

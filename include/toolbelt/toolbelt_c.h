@@ -54,7 +54,8 @@ enum
     TB_E_FAILED = 14        /* anything else */
 };
 
-/* The library's version, "1.0.0"; and what a status means, in English: a text for any number. Never null. */
+/* The library's version, three numbers with dots between; and what a status means, in English: a text for any number.
+ * Never null. */
 TB_C_API const char* TB_CALL tb_version(void) TB_NOEXCEPT;
 TB_C_API const char* TB_CALL tb_status_text(tb_status status) TB_NOEXCEPT;
 
