@@ -1,47 +1,11 @@
-// Chaining modes against models that use one block operation at a time, in place and apart, with exact buffers.
+// Chaining modes against a model that uses one block operation at a time, in place and apart, with exact buffers.
 #include <memory>
 
-#include "crypto/cipher/cipher.h"
 #include "fuzz/target.h"
+#include "tests/cipher/chaining_model.h"
 
 namespace toolbelt::fuzz {
 namespace {
-
-void reverseWords(Bytes& block)
-{
-    for (std::size_t i = 0; i + 4 <= block.size(); i += 4) {
-        std::swap(block[i], block[i + 3]);
-        std::swap(block[i + 1], block[i + 2]);
-    }
-}
-
-Bytes model(cSymAlg& cipher, std::uint32_t mode, bool encrypt, Bytes chain, const Bytes& text, std::uint32_t blockSize)
-{
-    Bytes result;
-    const auto size = static_cast<std::int32_t>(blockSize);
-    if (mode == SYM_MODE_CFB) {
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            if (i % blockSize == 0) require(cipher.encryptBlocks(chain.data(), chain.data(), size) == 0, "a block");
-            result.push_back(text[i] ^ chain[i % blockSize]);
-            chain[i % blockSize] = encrypt ? result.back() : text[i];
-        }
-        return result;
-    }
-    for (auto at = text.begin(); at != text.end(); at += size) {
-        Bytes block(at, at + size);
-        const Bytes given = block;
-        for (std::uint32_t i = 0; i < blockSize && encrypt; ++i) block[i] ^= chain[i];
-        if (mode == SYM_MODE_CBC_WORDSWAP) reverseWords(block);
-        const Status status = encrypt ? cipher.encryptBlocks(block.data(), block.data(), size)
-                                      : cipher.decryptBlocks(block.data(), block.data(), size);
-        require(status == CRYPT_OK, "a block");
-        if (mode == SYM_MODE_CBC_WORDSWAP) reverseWords(block);
-        for (std::uint32_t i = 0; i < blockSize && !encrypt; ++i) block[i] ^= chain[i];
-        chain = encrypt ? block : given;
-        result.insert(result.end(), block.begin(), block.end());
-    }
-    return result;
-}
 
 const Target target("chaining", [](Input input) {
     const CipherRow& row = cipherRows[input.byte() % CIPHER_ROW_COUNT];
@@ -67,7 +31,9 @@ const Target target("chaining", [](Input input) {
         return require(status == CRYPT_E_BAD_LENGTH, "whole blocks only");
     require(status == CRYPT_OK, "a status");
     if (blockSize == 0) return require(output == text, "without blocks it copies");
-    require(output == model(*cipher, mode, encrypt, iv, text, blockSize), "the model's text");
+    require(encrypt ? output == test::modelEncrypt(*cipher, mode, iv, text)
+                    : text == test::modelEncrypt(*cipher, mode, iv, output),
+            "the model's text");
     const auto back = encrypt ? cipher->modeDecrypt : cipher->modeEncrypt;
     require(back(cipher.get(), iv.data(), output.data(), output.data(), length) == CRYPT_OK && output == text,
             "there and back");

@@ -96,40 +96,25 @@ const Target target("formatter", [](Input input) {
     narrow.push_back(0);
     narrow.shrink_to_fit();
     const bool wideText = size == 4 || (size != 5 && letter == 's');
-    switch (letter) {
-    case 'd':
-    case 'i':
-    case 'o':
-    case 'x':
-    case 'X':
-    case 'u':
-        if (size == 1) return withStars(format, capacity, whole, stars, first, second, static_cast<long long>(bits));
-        return withStars(format, capacity, whole, stars, first, second, static_cast<int>(bits));
-    case 'e':
-    case 'E':
-    case 'f':
-    case 'g':
-    case 'G': {
+    const auto isOneOf = [letter](const char* letters) { return std::strchr(letters, letter) != nullptr; };
+    const auto run = [&](const std::string& compared, auto value) {
+        withStars(format, capacity, compared, stars, first, second, value);
+    };
+    if (isOneOf("dioxXu"))
+        return size == 1 ? run(whole, static_cast<long long>(bits)) : run(whole, static_cast<int>(bits));
+    if (isOneOf("eEfgG")) {
         double value;
         std::memcpy(&value, &bits, sizeof value);
         // Of a size the C library would take another type; with # it loses zeros; and it shows the sign of a NaN.
         const bool comparable = size == 0 && (flags & 8) == 0 && !std::isnan(value);
-        return withStars(format, capacity, comparable ? whole : "", stars, first, second, value);
+        return run(comparable ? whole : "", value);
     }
-    case 's':
-    case 'S':
-        if (wideText)
-            return withStars(format, capacity, "", stars, first, second, static_cast<const wchar_t*>(units.data()));
-        return withStars(format, capacity, "", stars, first, second, reinterpret_cast<const char*>(narrow.data()));
-    case 'c':
-    case 'C':
-        return withStars(format, capacity, "", stars, first, second, static_cast<int>(bits & 0xFFFF));
-    case 'p':
-    case 'n':
-        return withStars(format, capacity, "", stars, first, second, static_cast<const void*>(units.data()));
-    default:
-        return withStars(format, capacity, "", stars, first, second, 7);
-    }
+    if (isOneOf("sS"))
+        return wideText ? run("", static_cast<const wchar_t*>(units.data()))
+                        : run("", reinterpret_cast<const char*>(narrow.data()));
+    if (isOneOf("cC")) return run("", static_cast<int>(bits & 0xFFFF));
+    if (isOneOf("pn")) return run("", static_cast<const void*>(units.data()));
+    run("", 7);
 });
 
 } // namespace

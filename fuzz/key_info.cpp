@@ -1,4 +1,6 @@
 // SubjectPublicKeyInfo: a key that was read is written and read again as the same key.
+#include <algorithm>
+#include <iterator>
 #include <memory>
 
 #include "crypto/encoding/key_text.h"
@@ -39,12 +41,10 @@ const Target target("key_info", [](Input input) {
     Status status;
     const Key key = read(input.take(2048), status);
     if (!key) {
-        const Status known[] = {
+        constexpr Status known[] = {
             DER_E_LENGTH,          DER_E_TAG,      DER_E_MALFORMED, DER_E_LIMIT, DER_E_UNKNOWN_ALGORITHM,
             DER_E_NULL_PARAMETERS, KEY_E_NO_READER};
-        bool isKnown = false;
-        for (const Status one : known) isKnown = isKnown || one == status;
-        require(isKnown, "a documented status");
+        require(std::find(std::begin(known), std::end(known), status) != std::end(known), "a documented status");
         return;
     }
     require(key->keyLength() > 0 && key->keyLength() <= 2048, "a key's length");

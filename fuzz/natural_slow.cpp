@@ -18,12 +18,6 @@ void take(Bytes& a, const Bytes& b)
     if (!a.empty() && a.front() == 0) a = trimmed(a);
 }
 
-// isLess without copies, for numbers that are trimmed.
-bool isShorterOrLess(const Bytes& a, const Bytes& b)
-{
-    return a.size() != b.size() ? a.size() < b.size() : a < b;
-}
-
 } // namespace
 
 Bytes add(const Bytes& a, const Bytes& b)
@@ -64,7 +58,7 @@ Bytes divide(const Bytes& a, const Bytes& n, Bytes& remainder)
     Bytes quotient(a.size()), rest;
     for (std::size_t i = 0; i < a.size(); ++i) {
         rest.push_back(a[i]);
-        for (rest = trimmed(rest); !isShorterOrLess(rest, divisor); ++quotient[i]) take(rest, divisor);
+        for (rest = trimmed(rest); !isLess(rest, divisor); ++quotient[i]) take(rest, divisor);
     }
     remainder = rest;
     return trimmed(quotient);

@@ -1,22 +1,10 @@
 // PEM public keys: the key of a text is the key of the bytes that the model finds in it.
-#include <memory>
-
 #include "crypto/encoding/key_text.h"
+#include "fuzz/keys.h"
 #include "fuzz/text_model.h"
 
 namespace toolbelt::fuzz {
 namespace {
-
-using Key = std::unique_ptr<cPKA>;
-
-Bytes write(cPKA& key)
-{
-    Bytes bytes(8192);
-    std::uint32_t size = sizeOf(bytes);
-    require(key.exportDer(bytes.data(), &size) == STATUS_OK, "a key is written");
-    bytes.resize(size);
-    return bytes;
-}
 
 Key readDirectly(const Bytes& bytes, Status& status)
 {
@@ -59,7 +47,7 @@ const Target target("pem", [](Input input) {
     exact[text.size()] = 0;
     const Key key(readPemPublicKey(exact.get(), &status));
     require(status == expected && (key != nullptr) == (direct != nullptr), "the status of the bytes");
-    require(!key || write(*key) == write(*direct), "the key of the bytes");
+    require(!key || exported(*key, &cPKA::exportDer) == exported(*direct, &cPKA::exportDer), "the key of the bytes");
 });
 
 } // namespace

@@ -1,9 +1,8 @@
 // ssh-rsa: a reader of ten lines finds the key's numbers in what was written.
 #include <cstring>
-#include <memory>
 
 #include "crypto/encoding/key_text.h"
-#include "fuzz/natural.h"
+#include "fuzz/keys.h"
 
 namespace toolbelt::fuzz {
 namespace {
@@ -22,10 +21,8 @@ Bytes field(const Bytes& blob, std::size_t& at)
 
 const Target target("ssh_rsa", [](Input input) {
     const Bytes n = trimmed(input.number(600)), e = trimmed(input.number(300));
-    Bytes blob = prefixed(n);
-    const Bytes exponent = prefixed(e);
-    blob.insert(blob.end(), exponent.begin(), exponent.end());
-    const std::unique_ptr<cPKA> key(newPublicRsa(blob.data(), sizeOf(blob)));
+    const Bytes blob = blobOf({n, e});
+    const Key key(newPublicRsa(blob.data(), sizeOf(blob)));
     const std::uint32_t limit = bitLength(n) > RSA_LONG_BITS ? RSA_LONG_KEY_EXPONENT_BITS : RSA_LONG_BITS;
     const auto isOddAndAbove1 = [](const Bytes& x) { return !x.empty() && x.back() % 2 == 1 && x != Bytes{1}; };
     require((key != nullptr) == (isOddAndAbove1(n) && isOddAndAbove1(e) && bitLength(e) <= limit), "a usable key");

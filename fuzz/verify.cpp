@@ -1,29 +1,15 @@
 // Signature verification against the documented rules written anew: RSA with blocks made by the private key and with
 // arbitrary numbers, DSA and ElGamal in groups so small that 64-bit arithmetic is the model.
-#include <memory>
-
 #include "crypto/pka/dsa.h"
 #include "crypto/pka/elgamal.h"
 #include "crypto/pka/rsa.h"
 #include "fuzz/der_model.h"
-#include "fuzz/natural.h"
+#include "fuzz/keys.h"
 #include "tests/support/vectors.h"
 
 namespace toolbelt::fuzz {
 namespace {
 
-using Key = std::unique_ptr<cPKA>;
-
-void append(Bytes& bytes, const Bytes& more)
-{
-    bytes.insert(bytes.end(), more.begin(), more.end());
-}
-Bytes blobOf(std::initializer_list<Bytes> numbers)
-{
-    Bytes blob;
-    for (const Bytes& number : numbers) append(blob, prefixed(number));
-    return blob;
-}
 Bytes element(std::uint8_t tag, const Bytes& content)
 {
     Bytes bytes = {tag, static_cast<std::uint8_t>(content.size())};

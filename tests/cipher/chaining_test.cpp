@@ -91,25 +91,5 @@ TEST(Chaining, AnyBlockSizeAndWholeBatches)
         }
 }
 
-// A stream may be cut at any multiple of the block when the last ciphertext block goes in as the next iv.
-TEST(Chaining, StreamsContinueWithTheLastCiphertextBlock)
-{
-    Recorder cipher(16);
-    const Bytes iv = randomBytes(16, 23), plain = randomBytes(16 * 200, 24);
-    for (const std::uint32_t mode : {SYM_MODE_CBC, SYM_MODE_CBC_WORDSWAP, SYM_MODE_CFB}) {
-        cipher.setMode(mode);
-        const Bytes whole = chained(cipher, true, iv, plain);
-        for (const std::ptrdiff_t cut : {16, 1024, 1040, 16 * 199}) {
-            const Bytes first(plain.begin(), plain.begin() + cut), second(plain.begin() + cut, plain.end());
-            Bytes joined = chained(cipher, true, iv, first);
-            const Bytes last(joined.end() - 16, joined.end());
-            const Bytes rest = chained(cipher, true, last, second);
-            EXPECT_EQ(chained(cipher, false, last, rest), second);
-            joined.insert(joined.end(), rest.begin(), rest.end());
-            EXPECT_EQ(joined, whole);
-        }
-    }
-}
-
 } // namespace
 } // namespace toolbelt::test

@@ -1,4 +1,4 @@
-// What the cipher suites share: owned objects, bytes that look random, and the chaining modes written out naively.
+// What the cipher suites share: owned objects and bytes that look random.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -6,7 +6,7 @@
 #include <memory>
 #include <random>
 
-#include "crypto/cipher/cipher.h"
+#include "tests/cipher/chaining_model.h"
 #include "tests/support/tiers.h"
 #include "tests/support/vectors.h"
 
@@ -53,34 +53,6 @@ inline Bytes chained(cSymAlg& cipher, bool encrypt, const Bytes& iv, const Bytes
     Bytes out(in.size());
     const auto mode = encrypt ? cipher.modeEncrypt : cipher.modeDecrypt;
     EXPECT_EQ(mode(&cipher, iv.empty() ? nullptr : iv.data(), in.data(), out.data(), lengthOf(in)), CRYPT_OK);
-    return out;
-}
-
-// The encryption of all modes by the book: one block at a time, for CFB one byte at a time.
-inline Bytes modelEncrypt(cSymAlg& cipher, std::uint32_t mode, Bytes chain, const Bytes& in)
-{
-    const std::size_t size = chain.size();
-    const auto swapped = [&](Bytes block) {
-        for (std::size_t i = 0; mode == SYM_MODE_CBC_WORDSWAP && i < size / 4 * 4; ++i) {
-            const std::size_t mirror = i / 4 * 4 + 3 - i % 4;
-            if (i < mirror) std::swap(block[i], block[mirror]);
-        }
-        return block;
-    };
-    Bytes out, keystream;
-    for (std::size_t i = 0; i < in.size(); ++i) {
-        if (mode == SYM_MODE_CFB) {
-            if (i % size == 0) keystream = ecb(cipher, true, chain);
-            chain[i % size] = in[i] ^ keystream[i % size];
-            out.push_back(chain[i % size]);
-            continue;
-        }
-        chain[i % size] ^= in[i];
-        if (i % size + 1 == size) {
-            chain = swapped(ecb(cipher, true, swapped(chain)));
-            out.insert(out.end(), chain.begin(), chain.end());
-        }
-    }
     return out;
 }
 

@@ -1,4 +1,4 @@
-// The routines of each digest against each other: which one a processor gets, the same digests from all, any stack.
+// The routines of each digest against each other: which one a processor gets, the same digests from all.
 #include <random>
 
 #include "crypto/hash/keccak512.h"
@@ -67,33 +67,6 @@ TEST(HashTiers, GiveTheSameWhateverTheSplitAndTheAlignment)
             }
         }
 }
-
-#if defined(__i386__)
-template <typename State>
-void survives(Compress<State>* routine)
-{
-    const Bytes blocks = test::pattern(3 * 128 + 1);
-    State expected = {};
-    routine(expected, &blocks[1], 3);
-    for (std::uint32_t off = 0; off < 16; off += 4) {
-        State state = {};
-        test::callMisaligned(off, reinterpret_cast<const void*>(routine),
-                             {test::word(&state), test::word(&blocks[1]), 3});
-        EXPECT_EQ(std::memcmp(&state, &expected, sizeof state), 0) << off;
-    }
-}
-
-TEST(HashTiers, SurviveAnyStackOfFourByteAlignment)
-{
-    if (!cpu::has(cpu::SSE2 | cpu::SSSE3 | cpu::SHA | cpu::AVX2)) GTEST_SKIP() << "only the portable ones run here";
-    survives(sha1CompressShani);
-    survives(sha256CompressShani);
-    survives(sha512CompressAvx2);
-    survives(skein512CompressAvx2);
-    survives(whirlpoolCompressSse2);
-    survives(keccak512AbsorbSse2);
-}
-#endif
 
 } // namespace
 } // namespace toolbelt

@@ -21,10 +21,6 @@ using Key = std::unique_ptr<cPKA>;
 using BlobFactory = cPKA* (*)(const std::uint8_t*, std::uint32_t);
 using DerFactory = Status (*)(cPKA**, const DerElement&);
 
-inline std::uint32_t sizeOf(const Bytes& bytes)
-{
-    return static_cast<std::uint32_t>(bytes.size());
-}
 inline Bytes slice(const Bytes& bytes, std::size_t from, std::size_t size)
 {
     return Bytes(bytes.data() + from, bytes.data() + from + size);

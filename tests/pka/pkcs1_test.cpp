@@ -56,25 +56,5 @@ TEST(Pkcs1, RandomPaddingIsTheSeededGeneratorsFromTheLastByteOn)
     EXPECT_TRUE(found);
 }
 
-TEST(Pkcs1, MalformedBlocksAreRefusedAndLeanOnesAccepted)
-{
-    const auto payloadLength = [](Pkcs1Type type, const char* hex) { // -1 for a malformed block
-        const Bytes block = fromHex(hex);
-        const std::uint8_t* payload = nullptr;
-        std::uint32_t length = 0;
-        const Status status = pkcs1Unpad(&payload, &length, block.data(), sizeOf(block), type);
-        EXPECT_TRUE(status == STATUS_OK || status == PKA_E_BLOCK);
-        return status == STATUS_OK ? static_cast<int>(length) : -1;
-    };
-    for (const char* block : {"", "00", "0001", "0001ffffff", "0001fffeff00d0", "0101ffff00d0", "0002ffff00d0"})
-        EXPECT_EQ(payloadLength(PKCS1_SIGNATURE, block), -1) << block;
-    EXPECT_EQ(payloadLength(PKCS1_SIGNATURE, "000100"), 0);
-    EXPECT_EQ(payloadLength(PKCS1_SIGNATURE, "000100d0d1"), 2);
-    for (const char* block : {"0002010203", "000101020300d0", "800201020300d0"})
-        EXPECT_EQ(payloadLength(PKCS1_ENCRYPTION, block), -1) << block;
-    EXPECT_EQ(payloadLength(PKCS1_ENCRYPTION, "0002010200"), 0);
-    EXPECT_EQ(payloadLength(PKCS1_ENCRYPTION, "0002010000d0"), 2);
-}
-
 } // namespace
 } // namespace toolbelt::test

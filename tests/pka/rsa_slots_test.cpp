@@ -149,30 +149,6 @@ TEST(RsaSlots, ShortInputsToSmallExponentsFail)
     }
 }
 
-// A block whose DigestInfo holds filler in place of parameters, so that it is the cube of a short number, found
-// without the private key; n on top makes the number long and leaves its cube modulo n as it is.
-TEST(RsaSlots, CubeRootsAreNoSignaturesWithTheModulusOnTopEither)
-{
-    const Key open = rsaKey("rsa1024e3").open();
-    const Bytes digest = fromHex("cc620ebc332be11bd2d6682ca7977594ab1aa7bf");
-    const Bytes root =
-        fromHex("0100102a2369f9001b2e6ecbb5dd8b04b1a8134fe9647743da6989e62a423278fd2b6be5ec0b8c2ecf1d3f");
-    const Bytes raised =
-        fromHex("f5da7654db54aa1077591c6856462ca20d1e520a91bde034c0ab7c7b14e67a715b8d18a96daaaaf87aec06ea"
-                "1ac5b8853805a959fb953032f1cfe07393a6ee06b376611879fdf1a517abdfcadfbdc8717f544288ebcec454"
-                "262eb51fbe3e528698eaa67cb045db5659f95612d79b672e8c798fe598d34dbf00260e1cbeac4520");
-    Bytes block(128);
-    for (const Bytes& signature : {join({Bytes(128 - root.size()), root}), raised}) {
-        const Bytes number = prefixed(signature, 130);
-        EXPECT_EQ(verifyDer(*open, derElement(4, signature), digest), 32);
-        EXPECT_EQ(verifyPrefixed(*open, number, digest), 32);
-        run(*open, &cPKA::publicFromPrefixed, number, 30);
-        const RsaPublicKey& record = dynamic_cast<cPublicRSA&>(*open).record();
-        EXPECT_EQ(rsaPublicOperation(record, signature.data(), block.data(), RSA_RAW), 6);
-        EXPECT_TRUE(slice(block, 0, 4) == (Bytes{0, 1, 0, 0x30}) && slice(block, 108, 20) == digest);
-    }
-}
-
 TEST(RsaSlots, NumbersOfTheModulusAndAboveAreTakenModuloItButAreNoSignatures)
 {
     const RsaNumbers& numbers = rsaKey("rsa1025"); // its bytes have room for a signature with n on top

@@ -87,12 +87,12 @@ void expectNothing(const std::string& name, Left left)
     EXPECT_EQ(left.pieces, 0u) << name << " leaves pieces of its secrets on the stack";
     ++checked;
 }
-// Arithmetic on limbs of 64 bits puts single ones by where 32-bit registers run out. Never an array of them.
-void expectLimbs(const std::string& name, Left left)
+// Long arithmetic puts registers by where they run out: a limb, or a vector of 32 bytes. Never an array of them.
+void expectRegisters(const std::string& name, Left left)
 {
-    EXPECT_TRUE(left.inARow <= 1 && left.pieces <= 3)
+    EXPECT_TRUE(left.inARow <= 25 && left.pieces <= 50)
         << name << " leaves " << left.pieces << " pieces, " << left.inARow << " in a row";
-    if (left.pieces) std::printf("    %-36s %u limbs left\n", name.c_str(), left.pieces);
+    if (left.pieces) std::printf("    %-36s %u pieces left, %u in a row\n", name.c_str(), left.pieces, left.inARow);
     ++checked;
 }
 
@@ -160,36 +160,37 @@ TEST_F(Stack, KeysAndTexts)
         Bytes output(2000);
         std::uint32_t length = 2000;
         Key key;
-        expectLimbs("RSA import, blob" + tier,
-                    leftBy(numbers, [&] { key.reset(newPrivateRsa(blob.data(), sizeOf(blob))); }));
-        expectLimbs("RSA import, DER" + tier, leftBy(numbers, [&] {
-                        DerElement element;
-                        cPKA* made = nullptr;
-                        (void)parseElement(element, der.data(), sizeOf(der));
-                        (void)newPrivateRsaFromDer(&made, element);
-                        key.reset(made);
-                    }));
+        expectRegisters("RSA import, blob" + tier,
+                        leftBy(numbers, [&] { key.reset(newPrivateRsa(blob.data(), sizeOf(blob))); }));
+        expectRegisters("RSA import, DER" + tier, leftBy(numbers, [&] {
+                            DerElement element;
+                            cPKA* made = nullptr;
+                            (void)parseElement(element, der.data(), sizeOf(der));
+                            (void)newPrivateRsaFromDer(&made, element);
+                            key.reset(made);
+                        }));
         ASSERT_NE(key, nullptr);
-        expectLimbs("RSA private operation" + tier, leftBy(numbers, [&] {
-                        (void)key->signPrefixed(output.data(), &(length = 2000), digest.data(), 20);
-                    }));
-        expectLimbs("RSA export" + tier,
-                    leftBy(numbers, [&] { (void)key->exportDer(output.data(), &(length = 2000)); }));
+        expectRegisters("RSA private operation" + tier, leftBy(numbers, [&] {
+                            (void)key->signPrefixed(output.data(), &(length = 2000), digest.data(), 20);
+                        }));
+        expectRegisters("RSA export" + tier,
+                        leftBy(numbers, [&] { (void)key->exportDer(output.data(), &(length = 2000)); }));
         const Bytes cipher = run(*rsa.open(), &cPKA::encryptPrefixed, message);
-        expectLimbs("RSA decryption" + tier, leftBy({message, rsa.p, rsa.q, rsa.dp, rsa.dq, rsa.qinv}, [&] {
-                        (void)key->privateFromPrefixed(output.data(), &(length = 2000), cipher.data(), sizeOf(cipher));
-                    }));
+        expectRegisters("RSA decryption" + tier, leftBy({message, rsa.p, rsa.q, rsa.dp, rsa.dq, rsa.qinv}, [&] {
+                            (void)key->privateFromPrefixed(output.data(), &(length = 2000), cipher.data(),
+                                                           sizeOf(cipher));
+                        }));
         for (const FieldNumbers* field : {&dsa, &elgamal}) {
             const Bytes fieldBlob = field->privateBlob(), drawn = randomBytes(64, 7);
             const std::string name = field->isDsa() ? "DSA" : "ElGamal";
             const Pool pool(drawn);
-            expectLimbs(name + " import" + tier, leftBy({field->x}, [&] {
-                            key.reset(field->secretFactory()(fieldBlob.data(), sizeOf(fieldBlob)));
-                        }));
+            expectNothing(name + " import" + tier, leftBy({field->x}, [&] {
+                              key.reset(field->secretFactory()(fieldBlob.data(), sizeOf(fieldBlob)));
+                          }));
             ASSERT_NE(key, nullptr);
-            expectLimbs(name + " signature" + tier, leftBy({field->x, drawn}, [&] {
-                            (void)key->signPrefixed(output.data(), &(length = 2000), digest.data(), 20);
-                        }));
+            expectNothing(name + " signature" + tier, leftBy({field->x, drawn}, [&] {
+                              (void)key->signPrefixed(output.data(), &(length = 2000), digest.data(), 20);
+                          }));
         }
         Bytes seed = rsaKey("rsa512").p, made;
         seed = join({randomBytes(16, 8), randomBytes(16, 9)});
@@ -207,7 +208,7 @@ TEST_F(Stack, KeysAndTexts)
                 freeRsaKey(record);
             };
             const Left left = leftBy({made}, generate);
-            if (known) expectLimbs("RSA generation" + tier, left);
+            if (known) expectRegisters("RSA generation" + tier, left);
         }
         const Bytes secret = randomBytes(600, 10);
         Bytes text(1200);

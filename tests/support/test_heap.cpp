@@ -20,22 +20,14 @@ struct State
         bool global;
     };
     std::map<void*, Block> blocks;
-    std::uint32_t globalBlocks = 0;
-    std::uint32_t allocations = 0;
     std::uint32_t failAt = 0;
     bool onwards = false;
-    bool failed = false;
-    std::uint32_t secretsReleased = 0;
-    std::uint32_t unwiped = 0;
-    std::uint32_t unknown = 0;
-    std::uint32_t misplaced = 0;
-    std::uint32_t plainGlobals = 0;
-    std::uint32_t plain = 0;
-    std::uint32_t secretsSeen = 0;
+    std::uint32_t unwiped = 0, unknown = 0, misplaced = 0, plainGlobals = 0, secretsSeen = 0; // faults
     std::unordered_set<std::uint64_t> watched; // each eight bytes of the secrets, in both orders
 };
 
 State* state = nullptr;
+TestHeap::Counts& counts = TestHeap::counts;
 const heap::Backend* previous = nullptr;
 
 bool showsSecret(const std::uint8_t* bytes, std::size_t size)
@@ -51,17 +43,18 @@ bool showsSecret(const std::uint8_t* bytes, std::size_t size)
 void* allocate(std::size_t size, bool global) noexcept
 {
     const std::lock_guard lock(state->mutex);
-    ++state->allocations;
+    ++counts.allocations;
     if (state->failAt != 0 &&
-        (state->allocations == state->failAt || (state->onwards && state->allocations > state->failAt))) {
-        state->failed = true;
+        (counts.allocations == state->failAt || (state->onwards && counts.allocations > state->failAt))) {
+        counts.failed = true;
         return nullptr;
     }
     void* block = std::malloc(size ? size : 1);
     if (block) {
         std::memset(block, 0xA5, size); // contents are undefined: make it show
         state->blocks[block] = {size, global};
-        state->globalBlocks += global;
+        ++counts.held;
+        counts.globalBlocks += global;
     }
     return block;
 }
@@ -79,10 +72,10 @@ void release(void* block, std::size_t secretSize, bool global) noexcept
     // secret: it may hold decoded keys.
     const auto* bytes = static_cast<const std::uint8_t*>(block);
     if (secretSize == 0) {
-        ++(found->second.global ? state->plainGlobals : state->plain);
+        ++(found->second.global ? state->plainGlobals : counts.plainReleased);
         state->secretsSeen += showsSecret(bytes, found->second.size);
     } else {
-        ++state->secretsReleased;
+        ++counts.secretsReleased;
         for (std::size_t i = 0; i < found->second.size; ++i)
             if (bytes[i] != 0) {
                 ++state->unwiped;
@@ -90,6 +83,7 @@ void release(void* block, std::size_t secretSize, bool global) noexcept
             }
     }
     state->blocks.erase(found);
+    --counts.held;
     std::free(block);
 }
 
@@ -101,6 +95,7 @@ TestHeap::TestHeap()
 {
     EXPECT_EQ(state, nullptr) << "test heaps do not nest";
     state = new State;
+    counts = {};
     previous = heap::setBackend(&backend);
 }
 
@@ -121,10 +116,10 @@ TestHeap::~TestHeap()
 void TestHeap::failAt(std::uint32_t n, bool onwards)
 {
     const std::lock_guard lock(state->mutex);
-    state->allocations = 0;
+    counts.allocations = 0;
     state->failAt = n;
     state->onwards = onwards;
-    state->failed = false;
+    counts.failed = false;
 }
 
 void TestHeap::recover()
@@ -144,31 +139,6 @@ void TestHeap::watch(const void* secret, std::size_t size)
         }
         if (forwards != 0) state->watched.insert({forwards, backwards});
     }
-}
-
-bool TestHeap::failed() const
-{
-    return state->failed;
-}
-std::uint32_t TestHeap::allocations() const
-{
-    return state->allocations;
-}
-std::uint32_t TestHeap::held() const
-{
-    return static_cast<std::uint32_t>(state->blocks.size());
-}
-std::uint32_t TestHeap::globalBlocks() const
-{
-    return state->globalBlocks;
-}
-std::uint32_t TestHeap::secretsReleased() const
-{
-    return state->secretsReleased;
-}
-std::uint32_t TestHeap::plainReleased() const
-{
-    return state->plain;
 }
 
 } // namespace toolbelt::test

@@ -1,5 +1,6 @@
 #include "tests/support/vectors.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
@@ -40,9 +41,7 @@ std::string toHex(const void* bytes, std::size_t size)
 
 bool Record::has(std::string_view name) const
 {
-    for (const auto& entry : entries_)
-        if (entry.first == name) return true;
-    return false;
+    return std::ranges::any_of(entries_, [&](const auto& entry) { return entry.first == name; });
 }
 
 const std::string& Record::get(std::string_view name) const

@@ -15,6 +15,11 @@ namespace toolbelt::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
+inline std::uint32_t sizeOf(const Bytes& bytes)
+{
+    return static_cast<std::uint32_t>(bytes.size());
+}
+
 // Lower- or upper-case hexadecimal, two digits a byte. Anything else throws.
 Bytes fromHex(std::string_view hex);
 std::string toHex(const void* bytes, std::size_t size);

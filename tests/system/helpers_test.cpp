@@ -1,7 +1,6 @@
 // The platform helpers.
 #include <windows.h>
 
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 
@@ -14,6 +13,7 @@
 #include "Includes/system/system_description.h"
 #include "Includes/system/wow64.h"
 #include "tests/support/test_heap.h"
+#include "tests/support/vectors.h"
 #include "tests/system/support.h"
 
 namespace toolbelt::test {
@@ -53,56 +53,23 @@ TEST(Helpers, SystemDescriptionAndWow64)
     EXPECT_EQ(wow64Answer(), expected);
 }
 
-// One node of a version resource: sizes, key, value and children, each aligned to 4 bytes.
-std::string node(const std::wstring& key, bool isText, const std::string& value, const Strings& children = {})
-{
-    const auto pad = [](std::string& bytes) { bytes.resize((bytes.size() + 3) & ~std::size_t(3)); };
-    std::string bytes(6, '\0');
-    bytes.append(reinterpret_cast<const char*>(key.c_str()), (key.size() + 1) * 2);
-    pad(bytes);
-    bytes += value;
-    for (const std::string& child : children) {
-        pad(bytes);
-        bytes += child;
-    }
-    const std::uint16_t header[3] = {static_cast<std::uint16_t>(bytes.size()),
-                                     static_cast<std::uint16_t>(isText ? value.size() / 2 : value.size()), isText};
-    std::memcpy(bytes.data(), header, sizeof(header));
-    return bytes;
-}
-
 TEST(Helpers, FileVersionOfTheFirstTranslationThatHasOne)
 {
-    const auto text = [](const std::wstring& wide) {
-        return std::string(reinterpret_cast<const char*>(wide.c_str()), (wide.size() + 1) * 2);
-    };
-    const auto table = [&](const wchar_t* key, const wchar_t* name, const std::string& value) {
-        return node(key, true, "", {node(name, true, value)});
-    };
-    const std::string strings =
-        node(L"StringFileInfo", true, "",
-             {table(L"040704b0", L"Comments", text(L"none")), table(L"04090000", L"FileVersion", ""),
-              table(L"040c04e4", L"FileVersion", text(L"1.2.3")), table(L"041004b0", L"FileVersion", text(L"later"))});
-    const std::string translations("\x07\x04\xb0\x04\x09\x04\0\0\x0c\x04\xe4\x04\x10\x04\xb0\x04", 16);
-    const std::string fixed(sizeof(VS_FIXEDFILEINFO), '\0');
-    const auto block = [&](const wchar_t* key, std::size_t bytes) {
-        const std::string list = node(key, false, translations.substr(0, bytes));
-        return node(L"VS_VERSION_INFO", false, fixed, {strings, node(L"VarFileInfo", true, "", {list})}) +
-               std::string(4096, '\0');
-    };
-    const std::string whole = block(L"Translation", 16);
-    const wchar_t* value = L"before";
-    std::uint32_t length = 99;
-    EXPECT_TRUE(QueryFileVersion(whole.data(), &value, &length, 6));
-    EXPECT_STREQ(value, L"1.2.3");
-    EXPECT_EQ(length, 6u);
-    EXPECT_FALSE(QueryFileVersion(whole.data(), &value, &length, 5)); // too long by its terminator
-    for (const std::string& without : {block(L"Translation", 8), block(L"Other", 16)}) {
-        value = L"before";
-        length = 99;
-        EXPECT_FALSE(QueryFileVersion(without.data(), &value, &length, 100));
-        EXPECT_EQ(value, nullptr);
-        EXPECT_EQ(length, 0u);
+    for (const Record& record : readVectors("version-resources.txt")) {
+        SCOPED_TRACE(record.get("resource"));
+        Bytes block = record.bytes("bytes");
+        block.resize(block.size() + 4096); // where the query may write
+        const std::string expected = record.has("version") ? record.get("version") : "";
+        const std::uint32_t units = expected.empty() ? 0 : static_cast<std::uint32_t>(expected.size()) + 1;
+        for (const std::uint32_t maximum : {5u, 6u, 100u}) {
+            const wchar_t* value = L"before";
+            std::uint32_t length = 99;
+            EXPECT_EQ(QueryFileVersion(block.data(), &value, &length, maximum), units != 0 && units <= maximum);
+            EXPECT_EQ(length, units);
+            EXPECT_EQ(value != nullptr, units != 0);
+            EXPECT_EQ(std::wstring(value ? value : L""), std::wstring(expected.begin(), expected.end()));
+        }
+        EXPECT_EQ(record.unread(), Strings());
     }
 }
 

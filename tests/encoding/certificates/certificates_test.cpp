@@ -11,33 +11,15 @@ namespace {
 
 const std::int64_t CHECKED_AT = 1704067200; // 2024-01-01T00:00:00Z, the moment of the index's chain checks
 
-const std::map<std::string, std::string> ATTRIBUTES = {
-    {"2.5.4.3", "CN"},
-    {"2.5.4.5", "serialNumber"},
-    {"2.5.4.6", "C"},
-    {"2.5.4.10", "O"},
-    {"2.5.4.11", "OU"},
-    {"0.9.2342.19200300.100.1.1", "UID"},
-    {"0.9.2342.19200300.100.1.25", "DC"},
-    {"1.2.840.113549.1.9.1", "emailAddress"},
-};
-const std::map<std::string, std::string> SIGNATURES = {
-    {"md5WithRSAEncryption", "1.2.840.113549.1.1.4"},
-    {"sha1WithRSAEncryption", "1.2.840.113549.1.1.5"},
-    {"rsassaPss", "1.2.840.113549.1.1.10"},
-    {"sha256WithRSAEncryption", "1.2.840.113549.1.1.11"},
-    {"sha384WithRSAEncryption", "1.2.840.113549.1.1.12"},
-    {"sha512WithRSAEncryption", "1.2.840.113549.1.1.13"},
-    {"dsaWithSHA1", "1.2.840.10040.4.3"},
-    {"ecdsa-with-SHA256", "1.2.840.10045.4.3.2"},
-};
+// Identifiers of attributes and signatures under the index's names for them.
+const Record NAMES = readVectors("certificates/names.txt").front();
 
 // The attributes in the order of the encoding, each behind a separator.
 std::string nameText(const NameList& name, const std::string& separator)
 {
     std::string text;
     for (const NameAttribute* node = name.head; node; node = node->next)
-        text = separator + ATTRIBUTES.at(node->oid) + "=" + node->value + text;
+        text = separator + NAMES.get(node->oid) + "=" + node->value + text;
     return text;
 }
 
@@ -55,11 +37,6 @@ std::string timeText(const DerTime& time, const DerElement& element)
     std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02dZ %s", time.year, time.month, time.day, time.hour,
                   time.minute, time.second, element.tag == DER_UTC_TIME ? "UTCTime" : "GeneralizedTime");
     return text;
-}
-
-std::string idText(const std::uint8_t* id, std::uint32_t length)
-{
-    return id ? toHex(id, length) : "none";
 }
 
 // Kinds of keys that a class reads.
@@ -102,11 +79,11 @@ void checkExtensions(const Record& record, const CertificateInfo& info)
 
     const std::string& subject = record.get("ski");
     EXPECT_EQ(readSubjectKeyId(info, &id, &idLength), subject == "none" ? DER_E_NOT_FOUND : STATUS_OK);
-    EXPECT_EQ(idText(id, idLength), subject);
+    EXPECT_EQ(hexOrNone(id, idLength), subject);
     const bool byIssuer = record.has("aki-issuer");
     EXPECT_EQ(readAuthorityKeyId(info, &id, &idLength, &tag, &octets, &length, &serial),
               record.get("aki-keyid") == "none" && !byIssuer ? DER_E_NOT_FOUND : STATUS_OK);
-    EXPECT_EQ(idText(id, idLength), record.get("aki-keyid"));
+    EXPECT_EQ(hexOrNone(id, idLength), record.get("aki-keyid"));
     ASSERT_EQ(octets != nullptr, byIssuer);
     if (!byIssuer) return;
     NameList name;
@@ -172,8 +149,8 @@ TEST(Certificates, EveryFieldIsWhatAnotherProgramSays)
         const bool outOfTime = chain.starts_with("error 9 at depth 0") || chain.starts_with("error 10 at depth 0");
         EXPECT_EQ(isTimeValid(info.validity, CHECKED_AT), !outOfTime);
         const std::string inner = record.has("inner-signature") ? "inner-signature" : "signature";
-        EXPECT_EQ(info.signature.oid.text, SIGNATURES.at(record.get(inner)));
-        EXPECT_EQ(info.signatureAlgorithm.oid.text, SIGNATURES.at(record.get("signature")));
+        EXPECT_EQ(info.signature.oid.text, NAMES.get(record.get(inner)));
+        EXPECT_EQ(info.signatureAlgorithm.oid.text, NAMES.get(record.get("signature")));
         checkKey(record, info.subjectPublicKeyInfo);
         checkExtensions(record, info);
 

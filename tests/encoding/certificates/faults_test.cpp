@@ -7,16 +7,11 @@ namespace {
 
 const char* const FAULTS[] = {"missing", "tag", "empty", "short", "long", "huge", "doubled"};
 
-std::string hexOf(const std::uint8_t* octets, std::uint32_t length)
-{
-    return toHex(octets, length);
-}
-
 // The element's octets with the fault, in hexadecimal.
 std::string damaged(const DerElement& element, const std::string& fault)
 {
-    const std::string whole = hexOf(element.start, element.totalLength);
-    const std::string content = hexOf(element.content, element.contentLength), identifier = whole.substr(0, 2);
+    const std::string whole = toHex(element.start, element.totalLength);
+    const std::string content = toHex(element.content, element.contentLength), identifier = whole.substr(0, 2);
     if (fault == "missing") return "";
     if (fault == "tag") return "0a" + whole.substr(2);
     if (fault == "empty") return identifier + "00";
@@ -33,19 +28,15 @@ std::string build(const DerElement& element, const Bytes& path, const std::strin
 {
     if (depth == path.size()) return damaged(element, fault);
     const std::uint32_t unusedBits = element.tag == DER_BIT_STRING; // one octet, which stays
-    std::string content = hexOf(element.content, unusedBits);
+    std::string content = toHex(element.content, unusedBits);
     const std::uint8_t* at = element.content + unusedBits;
     std::uint32_t left = element.contentLength - unusedBits;
     for (std::uint32_t i = 0; left != 0; ++i) {
         DerElement part;
         EXPECT_EQ(parseElement(part, at, left, &at, &left), STATUS_OK);
-        content += i == path[depth] ? build(part, path, fault, depth + 1) : hexOf(part.start, part.totalLength);
+        content += i == path[depth] ? build(part, path, fault, depth + 1) : toHex(part.start, part.totalLength);
     }
-    // A header of the fewest octets, as the certificate has them.
-    const std::size_t length = content.size() / 2;
-    const std::uint8_t octets[] = {0x82, static_cast<std::uint8_t>(length >> 8), static_cast<std::uint8_t>(length)};
-    const std::string header = length >= 0x100 ? toHex(octets, 3) : (length >= 0x80 ? "81" : "") + toHex(octets + 2, 1);
-    return hexOf(element.start, 1) + header + content;
+    return der(toHex(element.start, 1), content);
 }
 
 std::string answers(const std::string& hex)

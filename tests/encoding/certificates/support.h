@@ -14,11 +14,6 @@ namespace toolbelt::test {
 
 inline const std::string SCENARIOS = "../encoding/certificates/scenarios.txt";
 
-inline std::uint32_t sizeOf(const Bytes& bytes)
-{
-    return static_cast<std::uint32_t>(bytes.size());
-}
-
 // The bytes of the first block of that label ("CERTIFICATE").
 inline Bytes fromPem(const std::string& file, const std::string& label)
 {
@@ -45,12 +40,19 @@ inline std::string digestHex(std::int32_t id, const std::uint8_t* data, std::uin
     return toHex(digest);
 }
 
-// An element in hexadecimal, from its identifier octet and its content, both in hexadecimal.
+inline std::string hexOrNone(const std::uint8_t* octets, std::uint32_t length)
+{
+    return octets ? toHex(octets, length) : "none";
+}
+
+// An element in hexadecimal, from its identifier octet and its content, both in hexadecimal; a header of the fewest
+// octets.
 inline std::string der(const std::string& identifier, const std::string& content)
 {
     const std::size_t length = content.size() / 2;
     const std::uint8_t octets[] = {0x82, static_cast<std::uint8_t>(length >> 8), static_cast<std::uint8_t>(length)};
-    return identifier + (length < 0x80 ? toHex(octets + 2, 1) : toHex(octets, 3)) + content;
+    const std::string last = toHex(octets + 2, 1);
+    return identifier + (length < 0x80 ? last : length < 0x100 ? "81" + last : toHex(octets, 3)) + content;
 }
 
 } // namespace toolbelt::test

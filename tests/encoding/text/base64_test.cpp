@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include "crypto/encoding/base64_avx2.h"
 #include "crypto/encoding/crc24.h"
 #include "tests/support/tiers.h"
 #include "tests/support/vectors.h"
@@ -169,27 +168,6 @@ TEST(Base64, DecodesByItsOwnRules)
     for (const auto& [text, expected] : cases) EXPECT_EQ(decode(text), expected) << text;
 }
 
-// Whatever the text, the decoder stays in its blocks; what it makes of a text without pads in the middle comes back.
-TEST(Base64, HostileTextsStayInTheirBlocks)
-{
-    std::mt19937 random(20240607);
-    std::uint32_t seen[64] = {};
-    for (int round = 0; round < 20000; ++round) {
-        std::string text;
-        const std::string_view characters = round % 2 ? "A=\r\n \t-" : "AzQ9AzQ9AzQ9A/=\n ";
-        for (std::size_t length = random() % 24; length != 0; --length)
-            text += characters[random() % characters.size()];
-        const Decoded decoded = decode(text);
-        ASSERT_LE(decoded.consumed, text.size());
-        ++seen[decoded.status];
-        if (decoded.status != STATUS_OK || text.find('=') != text.npos) continue;
-        const Bytes bytes(decoded.bytes.begin(), decoded.bytes.end());
-        std::erase_if(text, [](char c) { return std::string_view("\r\n \t-").find(c) != std::string_view::npos; });
-        ASSERT_EQ(encode(bytes, PLAIN), text.substr(0, text.size() / 4 * 4)) << text;
-    }
-    for (const Status status : {STATUS_OK, TEXT_E_MALFORMED, TEXT_E_CHECKSUM}) EXPECT_GT(seen[status], 100u);
-}
-
 // The vector routines take what is plain and leave the rest: mostly plain texts, in lines of any length, with a
 // character put in here and there, make the same of themselves on every tier.
 TEST(Base64, TiersAgree)
@@ -214,21 +192,6 @@ TEST(Base64, TiersAgree)
         ASSERT_EQ(encode(data, flags), portable);
     }
 }
-
-#if defined(__i386__)
-TEST(Base64, VectorCodeSurvivesAnyStackOfFourByteAlignment)
-{
-    if (!cpu::has(cpu::AVX2)) GTEST_SKIP() << "no vector routine here";
-    const Bytes data(200, 0x5A);
-    const std::string text = encode(data, PLAIN);
-    for (std::uint32_t off = 0; off < 16; off += 4) {
-        std::string encoded(256, '#');
-        test::callMisaligned(off, reinterpret_cast<const void*>(base64EncodeAvx2),
-                             {test::word(encoded.data()), test::word(data.data()), 200, 0});
-        EXPECT_EQ(encoded, text.substr(0, 192 / 3 * 4)) << off;
-    }
-}
-#endif
 
 } // namespace
 } // namespace toolbelt
