@@ -21,7 +21,7 @@ system : Includes/system/.*                                                     
 dialog : Includes/cDlg/.*                                                          : base strings system
 net    : net/.*                                                                    : base text strings system
 public : include/.*                                                                : base bignum hash cipher text der pka keys x509 strings json system dialog net
-flat   : dll/.*                                                                    : base hash cipher text der pka keys x509 strings net public
+flat   : dll/.*                                                                    : base hash cipher text der pka keys x509 strings system net public
 speed  : speed/.*                                                                  : base bignum hash cipher text der pka keys x509
 cli    : cli/.*                                                                    : base bignum hash cipher text der pka keys x509 strings json system dialog net speed
 bench  : bench/.*                                                                  : base speed

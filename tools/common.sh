@@ -1,4 +1,4 @@
-# Shared by ./run and the scripts beside this file: where things live, and how a step reports itself.
+# Shared by ./run and the scripts beside this file: where things live, how a step reports itself, how a preset is built.
 # Sourced, never run. Expects $root to be the top of the checkout.
 
 build_dir=${TOOLBELT_BUILD_DIR:-$root/build}
@@ -37,4 +37,15 @@ step() {
         return "$status"
     fi
     [ $((SECONDS - start)) -lt 2 ] || say "    done in $((SECONDS - start)) s"
+}
+
+# configure_and_build PRESET TARGET...: with no target, everything.
+configure_and_build() {
+    local preset=$1 targets=()
+    shift
+    [ $# -eq 0 ] || targets=(--target "$@")
+    if [ ! -e "$build_dir/$preset/build.ninja" ]; then
+        step "configuring $preset" "configure-$preset" cmake -S "$root" -B "$build_dir/$preset" --preset "$preset"
+    fi
+    step "building $preset" "build-$preset" cmake --build "$build_dir/$preset" "${targets[@]}"
 }
