@@ -183,12 +183,25 @@ TEST(FieldImport, EveryFormGivesBackTheKey)
             }
         }
     }
-    // What a public half takes along.
-    const Bytes blob = kinds()[0].numbers.privateBlob(), other = elgamalNumbers().privateBlob();
+    // A private key in two blobs, both whole, and what its public half takes along.
+    const FieldNumbers numbers[] = {kinds()[0].numbers, elgamalNumbers()};
+    const Bytes open[] = {numbers[0].blob(), numbers[1].blob()};
+    const Bytes secret[] = {prefixed(numbers[0].x), prefixed(numbers[1].x)};
     DsaKey* dsa = nullptr;
     ElgamalKey* elgamal = nullptr;
-    ASSERT_EQ(importDsaPrivateBlob(&dsa, blob.data(), sizeOf(blob)), 0);
-    ASSERT_EQ(importElgamalPrivateBlob(&elgamal, other.data(), sizeOf(other)), 0);
+    const auto import = [&](std::uint32_t openCut, std::uint32_t secretCut) {
+        const auto part = [](const Bytes& bytes, std::uint32_t cut) { return slice(bytes, 0, sizeOf(bytes) - cut); };
+        const Bytes a = part(open[0], openCut), b = part(secret[0], secretCut);
+        const Bytes c = part(open[1], openCut), d = part(secret[1], secretCut);
+        return std::pair(importDsaPrivate(&dsa, a.data(), sizeOf(a), b.data(), sizeOf(b)),
+                         importElgamalPrivate(&elgamal, c.data(), sizeOf(c), d.data(), sizeOf(d)));
+    };
+    EXPECT_EQ(import(1, 0), std::pair(PKA_E_KEY, PKA_E_KEY));
+    EXPECT_EQ(import(0, 1), std::pair(PKA_E_KEY, PKA_E_KEY));
+    ASSERT_TRUE(!dsa && !elgamal);
+    ASSERT_EQ(import(0, 0), std::pair(STATUS_OK, STATUS_OK));
+    EXPECT_EQ(bytesOf(dsa->x), numbers[0].x);
+    EXPECT_EQ(bytesOf(elgamal->x), numbers[1].x);
     dsa->reserved = 0x5EED;
     ASSERT_EQ(bnAddWord(elgamal->fourth, elgamal->fourth, 77), 0);
     const Key dsaHalf = publicHalf(*Key(newPrivateDsa(DsaOwner(dsa))));
