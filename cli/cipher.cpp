@@ -53,6 +53,7 @@ public:
         : decrypt_(options.decrypt), ecb_(options.mode == "ecb"), blockSize_(row.blockSize())
     {
         const Bytes key = hexOption(options.key, "--key");
+        if (key.empty() && row.id != 0) throw UsageError("--key is empty"); // a variable that was not set, as a rule
         cipher_.reset(row.create(key.data(), size32(key)));
         if (!cipher_) throw UsageError("the cipher takes no key of " + std::to_string(key.size()) + " bytes");
         const bool cfb = options.mode == "cfb";

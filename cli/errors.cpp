@@ -4,6 +4,7 @@
 
 #include "crypto/base/crypt_status.h"
 #include "crypto/bignum/status.h"
+#include "crypto/cipher/cipher.h"
 #include "crypto/encoding/status.h"
 #include "crypto/pka/status.h"
 
@@ -34,6 +35,8 @@ constexpr StatusRow statusRows[] = {
     {DER_E_NOT_FOUND, "not there"},
     {CRYPT_E_UNKNOWN_ALGORITHM, "unknown algorithm"},
     {CRYPT_E_NOT_IMPLEMENTED, "not offered"},
+    {CRYPT_E_NO_MEMORY, "no memory"},
+    {CRYPT_E_BAD_LENGTH, "not a number of whole blocks (see --pad)"},
     {PKA_E_LENGTH, "wrong length for the key"},
     {PKA_E_NOT_OFFERED, "not offered for this kind of key, or failed"},
     {PKA_E_OBJECT, "no memory"},
@@ -68,7 +71,7 @@ const char* statusText(Status status)
 
 bool isMemoryStatus(Status status)
 {
-    return status == BN_E_MEMORY || status == DER_E_MEMORY || status == PKA_E_OBJECT;
+    return status == BN_E_MEMORY || status == DER_E_MEMORY || status == PKA_E_OBJECT || status == CRYPT_E_NO_MEMORY;
 }
 
 std::string withStatus(const char* text, Status status)

@@ -37,7 +37,9 @@ tb_status DerBytes::read(const void* bytes, std::uint32_t size, const char* begi
     const char* text = static_cast<const char*>(bytes);
     const char* body = nullptr;
     std::uint32_t length = 0;
-    if (findArmourBody(&body, &length, text, size, beginLine, endLine) != STATUS_OK) {
+    // A DER document may hold a PEM text, which is not what its reader goes on to use: what begins like DER is DER.
+    const bool isDer = size != 0 && static_cast<const std::uint8_t*>(bytes)[0] == DER_CONSTRUCTED_SEQUENCE;
+    if (isDer || findArmourBody(&body, &length, text, size, beginLine, endLine) != STATUS_OK) {
         bytes_ = static_cast<const std::uint8_t*>(bytes);
         size_ = size;
         return TB_OK;

@@ -35,7 +35,7 @@ if [ $# -gt 0 ]; then files=("$@"); else mapfile -t files < <(find crypto Includ
 clean=${TOOLBELT_BUILD_DIR:-build}/tidy
 mkdir -p "$clean"
 one() { # FILE: prints what was found
-    local features=() system=("${host[@]}") mark found
+    local features=() system=("${host[@]}") mark found output status=0
     case "$1" in *_sse2.* | *_ssse3.* | *_avx2.* | *_shani.* | *_aesni.* | *_vaes.*) features=(-mavx2 -maes -msha -mvaes -mbmi2) ;; esac
     case "$1" in
         Includes/system/* | Includes/cDlg/* | net/post* | dll/* | cli/*) system=("${windows[@]}") ;;
@@ -44,8 +44,10 @@ one() { # FILE: prints what was found
     local flags=("${common[@]}" "${features[@]}" "${system[@]}")
     mark=$clean/$({ echo "$1" && cat .clang-tidy tools/tidy.sh && clang++ -E -P -x c++ "${flags[@]}" "$1" 2>&1; } | sha256sum | cut -c 1-40)
     [ ! -e "$mark" ] || return 0
-    found=$(clang-tidy --quiet "$1" -- "${flags[@]}" 2>&1 |
+    output=$(clang-tidy --quiet "$1" -- "${flags[@]}" 2>&1) || status=$?
+    found=$(echo "$output" |
         grep -vE '^[0-9]+ (warnings?|errors?) |^Suppressed|^Use -header-filter|^Error while processing|^Found compiler error' || true)
+    [ "$status" -eq 0 ] || [ -n "$found" ] || found="$1: clang-tidy ended with $status"
     if [ -n "$found" ]; then echo "$found"; else touch "$mark"; fi
 }
 count=0

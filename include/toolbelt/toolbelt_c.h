@@ -103,7 +103,8 @@ TB_C_API void TB_CALL tb_cipher_close(tb_cipher* cipher) TB_NOEXCEPT;
  * (seconds since 1970, 0: now) lies within its validity. They are judged in this order. A null issuer stands for a
  * certificate that signed itself, of which no constraints are demanded. Not judged: the issuer's own validity and
  * signature (check it against its issuer in turn, up to one that you trust), path lengths, key usage, names of hosts,
- * and revocation. */
+ * revocation, and the exponent of an RSA key: below 65537 signatures can be forged. Bytes that begin with 0x30 are DER,
+ * all others PEM. */
 TB_C_API tb_status TB_CALL tb_certificate_check(const void* certificate, uint32_t length, const void* issuer,
                                                 uint32_t issuer_length, int64_t when) TB_NOEXCEPT;
 
@@ -115,7 +116,8 @@ TB_C_API tb_status TB_CALL tb_rsa_sign(const void* private_key, uint32_t key_len
                                        const void* data, uint32_t length, uint8_t* signature,
                                        uint32_t* size) TB_NOEXCEPT;
 /* public_key: SubjectPublicKeyInfo, as DER or as PEM ("-----BEGIN PUBLIC KEY-----"). TB_E_SIGNATURE when it does not
- * verify. As everywhere in the library, the digest may stand in the signature bare, or under any identifier. */
+ * verify. As everywhere in the library, the digest may stand in the signature bare, or under any identifier,
+ * and padding is free: trust no signature of a key whose exponent is below 65537, since it can be forged. */
 TB_C_API tb_status TB_CALL tb_rsa_verify(const void* public_key, uint32_t key_length, int32_t digest_id,
                                          const void* data, uint32_t length, const uint8_t* signature,
                                          uint32_t signature_length) TB_NOEXCEPT;

@@ -153,6 +153,12 @@ static void certificates(void)
         if (status != rows[i].status) printf("%s: %s\n", rows[i].certificate, tb_status_text(status));
         CHECK(status == rows[i].status);
     }
+    /* What begins like DER is judged as DER, whatever PEM text stands inside. */
+    File hidden = read("certificates/real-isrg-root-x1.pem");
+    CHECK(tb_certificate_check(hidden.bytes, hidden.size, NULL, 0, 1700000000) == TB_OK);
+    memmove(hidden.bytes + 1, hidden.bytes, hidden.size);
+    hidden.bytes[0] = 0x30;
+    CHECK(tb_certificate_check(hidden.bytes, hidden.size + 1, NULL, 0, 1700000000) == TB_E_CERTIFICATE);
     CHECK(tb_certificate_check(NULL, 0, NULL, 0, 0) == TB_E_ARGUMENT &&
           tb_certificate_check("", 0, NULL, 0, 0) == TB_E_CERTIFICATE);
 }
