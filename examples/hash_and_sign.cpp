@@ -34,12 +34,15 @@ int main(int argc, char** argv)
     if (createHash(&hash, SHA256) != CRYPT_OK || !hash) return fail("no digest", CRYPT_E_UNKNOWN_ALGORITHM);
     std::ifstream file(argv[2], std::ios::binary);
     if (!file) return fail("the file cannot be read", 0);
-    for (char piece[65536]; file.read(piece, sizeof piece).gcount() > 0;)
-        (void)hash->update(reinterpret_cast<const std::uint8_t*>(piece), static_cast<std::uint32_t>(file.gcount()));
+    Status hashed = CRYPT_OK;
+    for (char piece[65536]; hashed == CRYPT_OK && file.read(piece, sizeof piece).gcount() > 0;)
+        hashed = hash->update(reinterpret_cast<const std::uint8_t*>(piece), static_cast<std::uint32_t>(file.gcount()));
+    if (file.bad()) return fail("the file cannot be read to its end", 0);
     std::uint8_t info[sizeof DIGEST_INFO + 32];
     std::memcpy(info, DIGEST_INFO, sizeof DIGEST_INFO);
-    (void)hash->final(info + sizeof DIGEST_INFO);
+    if (hashed == CRYPT_OK) hashed = hash->final(info + sizeof DIGEST_INFO);
     destroyHash(hash);
+    if (hashed != CRYPT_OK) return fail("no digest", hashed);
     for (std::size_t i = sizeof DIGEST_INFO; i < sizeof info; ++i) std::printf("%02x", info[i]);
     std::puts("");
 

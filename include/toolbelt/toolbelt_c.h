@@ -72,7 +72,8 @@ TB_C_API tb_status TB_CALL tb_hash_update(tb_hash* hash, const void* data, uint3
 TB_C_API tb_status TB_CALL tb_hash_finish(tb_hash* hash, uint8_t* output, uint32_t* size) TB_NOEXCEPT;
 TB_C_API void TB_CALL tb_hash_close(tb_hash* hash) TB_NOEXCEPT;
 
-/* ---- ciphers. Ids are the numbers of OpenPGP (7, 8 and 9: AES with 128, 192 and 256 bits), others the library's own
+/* ---- ciphers. Ids are the numbers of OpenPGP (7, 8 and 9: AES with a key of 16, 24
+ * or 32 bytes, whichever of them), others the library's own
  * (toolbelt cipher --list names all). */
 
 enum
@@ -83,7 +84,8 @@ enum
 };
 
 typedef struct tb_cipher tb_cipher;
-/* TB_E_KEY when the cipher takes no key of that length. */
+/* TB_E_KEY when the cipher takes no key of that length, or memory ran out. Ids 2, 3, 4 and 10 take any length: a short
+ * key is filled with zeros, what is beyond the longest is cut off. So check the length that you were given. */
 TB_C_API tb_status TB_CALL tb_cipher_open(int32_t id, uint32_t mode, const uint8_t* key, uint32_t key_length,
                                           tb_cipher** cipher) TB_NOEXCEPT;
 TB_C_API uint32_t TB_CALL tb_cipher_block_size(const tb_cipher* cipher) TB_NOEXCEPT;
