@@ -10,11 +10,10 @@
 
 #include "net/wininet_calls.h"
 #include "tests/cli/process.h"
+#include "tests/support/process_holdings.h"
 #include "tests/support/test_heap.h"
 
-#include <tlhelp32.h>
 #include <wincrypt.h>
-#include <winternl.h>
 
 namespace toolbelt::test {
 namespace {
@@ -264,32 +263,6 @@ TEST(Post, ManyThreadsPostAtOnce)
     EXPECT_EQ(right, 40);
 }
 
-// What the process holds: handles and threads by the system's own lists, blocks by walking the process's heap.
-struct Held
-{
-    int handles = 0, threads = 0, blocks = 0;
-};
-
-Held held()
-{
-    Held found;
-    std::vector<ULONG> list(1 << 18); // count, then entries of 16 bytes that begin with the process
-    ULONG size = 0;
-    NtQuerySystemInformation(static_cast<SYSTEM_INFORMATION_CLASS>(16), list.data(),
-                             static_cast<ULONG>(list.size() * sizeof(ULONG)), &size);
-    for (ULONG i = 0; i < list[0] && i * 4 + 4 < list.size(); ++i)
-        found.handles += list[1 + i * 4] == GetCurrentProcessId();
-    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    THREADENTRY32 thread = {};
-    thread.dwSize = sizeof thread;
-    for (BOOL more = Thread32First(snapshot, &thread); more; more = Thread32Next(snapshot, &thread))
-        found.threads += thread.th32OwnerProcessID == GetCurrentProcessId();
-    CloseHandle(snapshot);
-    PROCESS_HEAP_ENTRY entry = {};
-    while (HeapWalk(GetProcessHeap(), &entry)) found.blocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
-    return found;
-}
-
 DWORD WINAPI endAtOnce(void*)
 {
     return 0;
@@ -297,11 +270,11 @@ DWORD WINAPI endAtOnce(void*)
 
 TEST(Post, LeavesNoHandleThreadOrBlockBehind)
 {
-    Held before = held();
+    Holdings before = holdings();
     const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     const HANDLE thread = CreateThread(nullptr, 0, endAtOnce, nullptr, CREATE_SUSPENDED, nullptr);
     const HGLOBAL block = GlobalAlloc(GMEM_FIXED, 100);
-    const Held planted = held(); // the counters see what is left behind
+    const Holdings planted = holdings(); // the counters see what is left behind
     EXPECT_EQ(planted.handles, before.handles + 2);
     EXPECT_EQ(planted.threads, before.threads + 1);
     EXPECT_GE(planted.blocks, before.blocks + 1);
@@ -323,13 +296,13 @@ TEST(Post, LeavesNoHandleThreadOrBlockBehind)
     };
     constexpr int ROUNDS = 10, SOME = ROUNDS / 2;  // a kind of post that leaves one thing leaves one a round
     for (int i = 0; i < 3; ++i) plain(), secure(); // what the system sets up once
-    before = held();
+    before = holdings();
     for (int i = 0; i < ROUNDS; ++i) plain();
-    EXPECT_LT(held().blocks, before.blocks + SOME);
+    EXPECT_LT(holdings().blocks, before.blocks + SOME);
     // Under Wine each secure connection costs three blocks of the system's own, whoever makes the calls.
     for (int i = 0; i < ROUNDS; ++i) secure();
-    EXPECT_LT(held().handles, before.handles + SOME);
-    EXPECT_LT(held().threads, before.threads + SOME);
+    EXPECT_LT(holdings().handles, before.handles + SOME);
+    EXPECT_LT(holdings().threads, before.threads + SOME);
 }
 
 TEST(PostTool, PrintsTheAnswerAndSaysWhatWentWrong)

@@ -46,15 +46,6 @@ void runAll(const std::vector<Operation>& operations)
         runWithoutMemory(operation, {{SECRET.begin(), SECRET.end()}, {units, units + 2 * wideSecret.size()}});
 }
 
-const wchar_t* formatV(cWCStr& text, const wchar_t* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    const wchar_t* result = text.FormatV(format, arguments);
-    va_end(arguments);
-    return result;
-}
-
 // On a text that stays as it was, or is `otherwise`, when the call fails. Behind its end all is zero.
 Operation onText(const char* name, std::function<bool(cWCStr&)> call,
                  const std::u16string& otherwise = u"secret-secret")

@@ -12,12 +12,7 @@
 
 #include "include/toolbelt/toolbelt_c.h"
 #include "tests/robust/enter.h"
-
-#define WIN32_LEAN_AND_MEAN
-#include <windows.h>
-
-#include <psapi.h>
-#include <winternl.h>
+#include "tests/support/process_holdings.h"
 
 namespace toolbelt::test {
 namespace {
@@ -177,28 +172,6 @@ TEST(Process, PlantedLibraries)
 
 // ---- loading and unloading
 
-struct Held
-{
-    int handles = 0, blocks = 0;
-    SIZE_T bytes = 0;
-};
-Held held()
-{
-    Held found;
-    std::vector<ULONG> list(1 << 18); // count, then entries of 16 bytes that begin with the process
-    ULONG size = 0;
-    NtQuerySystemInformation(static_cast<SYSTEM_INFORMATION_CLASS>(16), list.data(),
-                             static_cast<ULONG>(list.size() * sizeof(ULONG)), &size);
-    for (ULONG i = 0; i < list[0] && i * 4 + 4 < list.size(); ++i)
-        found.handles += list[1 + i * 4] == GetCurrentProcessId();
-    PROCESS_HEAP_ENTRY entry = {};
-    while (HeapWalk(GetProcessHeap(), &entry)) found.blocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
-    PROCESS_MEMORY_COUNTERS counters = {};
-    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
-    found.bytes = counters.PagefileUsage;
-    return found;
-}
-
 TEST(Process, ThousandLoadsAndUnloads)
 {
     // What the DLL needs of the system stays, so that the counts are the DLL's own.
@@ -217,9 +190,9 @@ TEST(Process, ThousandLoadsAndUnloads)
         ASSERT_EQ(GetModuleHandleW(L"toolbelt.dll"), nullptr) << "it stays loaded";
     };
     for (int i = 0; i < 50; ++i) once(i);
-    const Held before = held();
+    const Holdings before = holdings();
     for (int i = 0; i < 950; ++i) once(i);
-    const Held after = held();
+    const Holdings after = holdings();
     std::printf("    handles %d, then %d; blocks %d, then %d; KiB %u, then %u\n", before.handles, after.handles,
                 before.blocks, after.blocks, static_cast<unsigned>(before.bytes / 1024),
                 static_cast<unsigned>(after.bytes / 1024));

@@ -2,6 +2,7 @@
 // what the library says when something is wrong.
 #pragma once
 
+#include <cstdarg>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -25,6 +26,15 @@ inline std::u16string units(const cWCS& text)
 inline const wchar_t* wide(const std::u16string& text)
 {
     return reinterpret_cast<const wchar_t*>(text.c_str());
+}
+
+inline const wchar_t* formatV(cWCStr& text, const wchar_t* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const wchar_t* result = text.FormatV(format, arguments);
+    va_end(arguments);
+    return result;
 }
 
 // Records what goes to the debug channel; both diagnostics are the default ones again afterwards.

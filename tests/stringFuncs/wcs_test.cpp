@@ -19,6 +19,7 @@
 namespace toolbelt {
 namespace {
 
+using test::formatV;
 using test::Recorder;
 using test::units;
 
@@ -35,15 +36,6 @@ struct WipingHeap : test::TestHeap
 {
     ~WipingHeap() { EXPECT_EQ(secretsReleased(), allocations()); }
 };
-
-const wchar_t* formatV(cWCStr& text, const wchar_t* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    const wchar_t* result = text.FormatV(format, arguments);
-    va_end(arguments);
-    return result;
-}
 
 TEST(Strings, GrowWhenTheNeedReachesTheCapacity)
 {

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "Includes/system/sys_dll.h"
+#include "tests/support/process_holdings.h"
 #include "tests/support/test_heap.h"
 #include "tests/system/support.h"
 

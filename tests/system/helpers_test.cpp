@@ -12,6 +12,7 @@
 #include "Includes/system/powershell.h"
 #include "Includes/system/system_description.h"
 #include "Includes/system/wow64.h"
+#include "tests/support/process_holdings.h"
 #include "tests/support/test_heap.h"
 #include "tests/support/vectors.h"
 #include "tests/system/support.h"

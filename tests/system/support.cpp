@@ -56,15 +56,6 @@ std::string readFile(const std::wstring& path)
 }
 
 // One by one: Wine's own count is always 0.
-int openHandles()
-{
-    int count = 0;
-    DWORD flags = 0;
-    for (std::uintptr_t value = 4; value < 0x4000; value += 4)
-        count += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags);
-    return count;
-}
-
 std::wstring crafted()
 {
     return programFolder() + L"crafted.dll";

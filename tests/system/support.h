@@ -21,9 +21,6 @@ std::wstring temporaryFile(const std::wstring& name);
 // As far as it can be read by now.
 std::string readFile(const std::wstring& path);
 
-// Handles that are open in this process.
-int openHandles();
-
 // The crafted library; a copy of it in which these names are not exported.
 std::wstring crafted();
 std::wstring craftedWithout(std::initializer_list<std::string> names);
