@@ -1,8 +1,6 @@
 // Digits are cut from, and put back into, the 32-bit halves of limbs.
 #include "crypto/bignum/digits.h"
 
-#include <iterator>
-
 namespace toolbelt {
 namespace {
 
@@ -47,13 +45,11 @@ Status spreadModulus(DigitModulus& modulus, const MontgomeryKernel& kernel, BigN
                      Limb inverse) noexcept
 {
     const std::size_t digits = modulus.digits;
-    const Limb c = inverse & ((Limb{1} << modulus.bits) - 1);
-    BigNum multiple, plain;
-    BigNum factor; // shows c
-    factor.count = 1;
-    factor.limbs = const_cast<Limb*>(&c);
-    factor.borrowed = 1;
-    Status status = detail::multiply(multiple, n, factor);
+    BigNum c, multiple, plain;
+    Status status = detail::resizeLimbs(c, 1);
+    if (status != STATUS_OK) return status;
+    c.limbs[0] = inverse & ((Limb{1} << modulus.bits) - 1);
+    status = detail::multiply(multiple, n, c);
     if (status == STATUS_OK) status = bnAddWord(multiple, multiple, 1);
     if (status == STATUS_OK) status = detail::resizeLimbs(plain, digits + 8);
     if (status != STATUS_OK) return status;
@@ -66,12 +62,14 @@ Status spreadModulus(DigitModulus& modulus, const MontgomeryKernel& kernel, BigN
     for (std::size_t i = 4; i < digits + 4; i += kernel.lanes)
         for (std::size_t early = 0; early < 4; ++early)
             for (std::size_t lane = 0; lane < kernel.lanes; ++lane) *spread++ = value[i - early + lane];
-    const Digit constants[] = {value[1], value[2], value[3], (Digit{1} << modulus.bits) - 1, modulus.bits};
-    static_assert(digitConstants == 2 * std::size(constants));
-    for (const Digit constant : constants) {
+    // n may be a secret prime: its digits go from one wiped block to the other.
+    const auto put = [&spread](Digit constant) {
         *spread++ = constant;
         *spread++ = 0;
-    }
+    };
+    for (int i = 1; i < 4; ++i) put(value[i]);
+    put((Digit{1} << modulus.bits) - 1);
+    put(modulus.bits);
     return STATUS_OK;
 }
 

@@ -7,6 +7,7 @@
 #include <bit>
 #include <utility>
 
+#include "crypto/base/heap.h"
 #include "crypto/bignum/modular.h"
 #include "crypto/bignum/operands.h"
 
@@ -125,7 +126,8 @@ public:
     {
         const Operand r(r_), s(s_);
         const std::size_t n = r.count;
-        Steps steps;
+        Steps steps; // of secret numbers, as a rule
+        const WipeOnExit guard(steps);
         // Else s is the larger one, or so much smaller that r's upper bits have none of it.
         if (s.count <= n && n <= s.count + 1 && s_.limbs[n - 1] <= r.data[n - 1]) {
             const auto shift = static_cast<unsigned>(std::countl_zero(r.data[n - 1]));

@@ -18,7 +18,6 @@ namespace {
 // The schoolbook product of short operands on vectors, when the processor has them.
 bool multiplyOnVectors(Limb* r, const Limb* a, std::size_t na, const Limb* b, std::size_t nb) noexcept
 {
-#if defined(__i386__) || defined(__x86_64__)
     if (na > columnsLimit || nb < 2) return false;
     if (cpu::has(cpu::AVX2)) {
         multiplyColumnsAvx2(r, a, na, b, nb);
@@ -28,7 +27,6 @@ bool multiplyOnVectors(Limb* r, const Limb* a, std::size_t na, const Limb* b, st
         multiplyColumnsSse2(r, a, na, b, nb);
         return true;
     }
-#endif
     return false;
 }
 

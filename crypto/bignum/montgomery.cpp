@@ -17,10 +17,8 @@ using limbs::Word;
 
 const MontgomeryKernel* chooseKernel() noexcept
 {
-#if defined(__i386__) || defined(__x86_64__)
     if (cpu::has(cpu::AVX2)) return &montgomeryAvx2;
     if (cpu::has(cpu::SSE2)) return &montgomerySse2;
-#endif
     return nullptr;
 }
 

@@ -1,4 +1,5 @@
-// Montgomery's method: products modulo an odd n without division, on numbers kept as x R mod n, R = 2^(64 k).
+// Montgomery's method: products modulo an odd n without division, on numbers kept as x R mod n, R = 2^(64 k); the
+// vector kernels keep them in a scale of their own (montgomery_kernel.h), which takes the place of R below.
 #pragma once
 
 #include "crypto/bignum/montgomery_kernel.h"

@@ -8,8 +8,8 @@
 // Products are formed modulo n c, where c = -1/n mod 2^w. As n c = -1 modulo 2^w, the multiple of n c that clears a
 // digit is that digit itself, and it only has to be added as a multiple of n c + 1, whose lowest digit is 0.
 //
-// With R = 2^(64 k) a value in Montgomery form is kept here shifted left by w D - 64 k bits, modulo n: the product of
-// two such values, divided by 2^(w D), is again the product's Montgomery form in that shift.
+// With R = 2^(64 k) a value in Montgomery form is kept here times 2^(w D - 64 k), modulo n: the product of two such
+// values, divided by 2^(w D), is again the product's Montgomery form in that scale.
 #pragma once
 
 #include "crypto/bignum/limbs.h"

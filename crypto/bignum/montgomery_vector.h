@@ -84,15 +84,17 @@ private:
         }
         // The four digits times each other, then twice the four times those above them. Where the border of the two
         // runs through a vector, the lanes of the multiplier differ.
-        columns += 2 * i;
-        b += 4 * i;
-        [&]<std::size_t... v>(std::index_sequence<v...>)
-        {
-            (addSquareVector<int(v) * LANES>(columns, b, a0, a1, a2, a3), ...);
+        if constexpr (SQUARES) {
+            columns += 2 * i;
+            b += 4 * i;
+            [&]<std::size_t... v>(std::index_sequence<v...>)
+            {
+                (addSquareVector<int(v) * LANES>(columns, b, a0, a1, a2, a3), ...);
+            }
+            (std::make_index_sequence<8 / LANES>());
+            addSpread(columns + 8, b + 32, digits - i - 4, Vector::add(a0, a0), Vector::add(a1, a1),
+                      Vector::add(a2, a2), Vector::add(a3, a3));
         }
-        (std::make_index_sequence<8 / LANES>());
-        addSpread(columns + 8, b + 32, digits - i - 4, Vector::add(a0, a0), Vector::add(a1, a1), Vector::add(a2, a2),
-                  Vector::add(a3, a3));
     }
 
     // columns[0..count) += a0 b[0..) + a1 b[-1..) + a2 b[-2..) + a3 b[-3..), two vectors a round.

@@ -26,8 +26,6 @@ struct Avx2
     }
     // In the lower half of every lane; the upper half is undefined.
     static Type broadcastWord(std::uint32_t x) noexcept { return _mm256_set1_epi32(static_cast<int>(x)); }
-    // The low lane of x, which is zero above it.
-    static Type fromLow(__m128i x) noexcept { return _mm256_zextsi128_si256(x); }
     static void store(void* x, Type value) noexcept { _mm256_store_si256(static_cast<Type*>(x), value); }
     static void storeAny(void* x, Type value) noexcept { _mm256_storeu_si256(static_cast<Type*>(x), value); }
     // The products of the lower halves of the lanes.

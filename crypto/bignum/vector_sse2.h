@@ -24,8 +24,6 @@ struct Sse2
     }
     // In the lower half of every lane; the upper half is undefined.
     static Type broadcastWord(std::uint32_t x) noexcept { return _mm_set1_epi32(static_cast<int>(x)); }
-    // The low lane of x, which is zero above it.
-    static Type fromLow(__m128i x) noexcept { return x; }
     static void store(void* x, Type value) noexcept { _mm_store_si128(static_cast<Type*>(x), value); }
     static void storeAny(void* x, Type value) noexcept { _mm_storeu_si128(static_cast<Type*>(x), value); }
     // The products of the lower halves of the lanes.
@@ -36,8 +34,6 @@ struct Sse2
     static Type shiftRight(Type a, __m128i bits) noexcept { return _mm_srl_epi64(a, bits); }
     static Type upperHalves(Type a) noexcept { return _mm_srli_epi64(a, 32); }
     static Type toUpperHalves(Type a) noexcept { return _mm_slli_epi64(a, 32); }
-    // Zero in the lanes below first, which is 1.
-    static Type keepFrom(Type a, int) noexcept { return _mm_unpackhi_epi64(_mm_setzero_si128(), a); }
     // The lanes moved up by one, with the top lane of the vector below.
     static Type moveUp(Type below, Type a) noexcept
     {

@@ -1,6 +1,7 @@
 // Modular arithmetic: moduli at the border of what is allowed, and inverses through the relation they solve.
 #include "crypto/bignum/modular.h"
 #include "tests/bignum/numbers.h"
+#include "tests/support/test_heap.h"
 
 namespace toolbelt::test {
 namespace {
@@ -80,6 +81,20 @@ TEST(BigNumModular, CoefficientsAndInverses)
     EXPECT_EQ(bnModInverse(r, zero, one), BN_E_RANGE);
     EXPECT_EQ(bnModInverse(r, one, zero), BN_E_RANGE);
     EXPECT_EQ(run(bnGcd, zero, one), one);
+}
+
+TEST(BigNumModular, AnExponentiationAllocatesNothingPerProduct)
+{
+    Dice dice(8);
+    const Number base = dice.number(4), n = dice.number(4), three("03"), longer(std::string(512, 'e'));
+    n.limbs[0] |= 1;
+    const auto allocations = [&](const BigNum& exponent) {
+        TestHeap heap;
+        BigNum r;
+        EXPECT_EQ(bnModExp(r, base, exponent, n), STATUS_OK);
+        return heap.allocations();
+    };
+    forEachTier([&] { EXPECT_EQ(allocations(three), allocations(longer)); });
 }
 
 } // namespace

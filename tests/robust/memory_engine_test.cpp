@@ -12,6 +12,7 @@
 #include "tests/pka/keys.h"
 #include "tests/robust/operations.h"
 #include "tests/support/one_worker.h"
+#include "tests/support/tiers.h"
 
 namespace toolbelt::test {
 namespace {
@@ -59,6 +60,11 @@ TEST_F(Memory, Numbers)
         {"bnModulo", [&](BigNum& r) { return bnModulo(r, a, b); }},
         {"bnModMultiply", [&](BigNum& r) { return bnModMultiply(r, a, b, n); }},
         {"bnModExp", [&](BigNum& r) { return bnModExp(r, a, e, n); }},
+        {"bnModExp, portable",
+         [&](BigNum& r) {
+             const FeatureLimit limit(0);
+             return bnModExp(r, a, e, n);
+         }},
         {"bnModExp, plain", [&](BigNum& r) { return bnModExp(r, a, e, n, true); }},
         {"bnModExp, 40 limbs", [&](BigNum& r) { return bnModExp(r, b, e, a); }},
         {"bnGcd", [&](BigNum& r) { return bnGcd(r, a, n); }},
