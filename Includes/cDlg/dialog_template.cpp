@@ -8,6 +8,7 @@ namespace toolbelt {
 namespace {
 
 constexpr std::uint16_t EXTENDED = 0xFFFF;     // in the second word
+constexpr std::uint16_t EXTENDED_VERSION = 1;  // in the first word then
 constexpr std::uint16_t ORDINAL = 0xFFFF;      // in front of a number that stands for a name
 constexpr std::uint32_t STYLE_FONT = 0x40;     // DS_SETFONT: the template names its font
 constexpr std::uint16_t MESSAGE_FONT = 0x7FFF; // in place of a size in points; nothing follows
@@ -63,11 +64,13 @@ private:
     std::size_t at_ = 0;
 };
 
-// Null when the fixed part is cut off.
+// Null when the fixed part is cut off, or an extended template is of a version that nobody has described.
 const Form* formOf(const std::uint8_t* bytes, std::size_t size)
 {
     if (bytes == nullptr || size < 4) return nullptr;
-    const Form& form = load32le(bytes) >> 16 == EXTENDED ? EXTENDED_FORM : CLASSIC_FORM;
+    const std::uint32_t start = load32le(bytes);
+    if (start >> 16 == EXTENDED && start % 0x10000 != EXTENDED_VERSION) return nullptr;
+    const Form& form = start >> 16 == EXTENDED ? EXTENDED_FORM : CLASSIC_FORM;
     return size < form.fixedPart ? nullptr : &form;
 }
 

@@ -49,8 +49,10 @@ std::int32_t cDlg::DoModal(InstanceHandle module, std::uint32_t id, WindowHandle
     const auto failed = [&] { return result == NOT_CREATED && window == nullptr; };
     if (!failed() || GetLastError() == ERROR_SUCCESS) return result;
 
-    result = DialogBoxParamA(instance, MAKEINTRESOURCEA(id), parent, dialogProcedure, self);
-    if (!failed()) return result;
+    if (!onlyCopy_) {
+        result = DialogBoxParamA(instance, MAKEINTRESOURCEA(id), parent, dialogProcedure, self);
+        if (!failed()) return result;
+    }
     const DWORD error = GetLastError();
     {
         cWCS text; // released before the error is set
@@ -65,7 +67,8 @@ WindowHandle cDlg::Create(InstanceHandle module, std::uint32_t id, WindowHandle 
 {
     if (!prepare(module, id, parent, chained, 1)) return nullptr;
     const auto self = reinterpret_cast<LPARAM>(this);
-    if (record.useCopy == 0) return CreateDialogParamA(instance, MAKEINTRESOURCEA(id), parent, dialogProcedure, self);
+    if (record.useCopy == 0 && !onlyCopy_)
+        return CreateDialogParamA(instance, MAKEINTRESOURCEA(id), parent, dialogProcedure, self);
     return CreateDialogIndirectParamW(instance, static_cast<const DLGTEMPLATE*>(record.ownedBuffer), parent,
                                       dialogProcedure, self);
 }
@@ -116,6 +119,7 @@ bool cDlg::copyTemplate() noexcept
         std::memset(copy + size, 0, needed - size);
     }
     if (loaded) FreeResource(loaded);
+    onlyCopy_ = extent > size;
     return copy && (!isRightToLeft() || setTemplateRightToLeft(copy, size));
 }
 

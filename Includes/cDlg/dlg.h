@@ -92,6 +92,7 @@ private:
     bool copyTemplate() noexcept;
 
     std::size_t bufferSize_ = 0;
+    bool onlyCopy_ = false; // the system may read behind the resource's end
 };
 
 } // namespace toolbelt

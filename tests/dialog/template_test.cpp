@@ -58,6 +58,9 @@ TEST(DialogTemplate, PatchesTheRightWordAndRefusesWhatIsCut)
         many[isExtended ? 8 : 4] = 0xFFFF;
         EXPECT_EQ(extentOf(many), 0u);
     }
+    Words otherVersion = extendedTemplate;
+    otherVersion[0] = 2;
+    EXPECT_EQ(extentOf(otherVersion), 0u);
     Words longData = extendedTemplate;
     longData[38] = 0xFFFF;
     EXPECT_EQ(extentOf(longData), 0u);

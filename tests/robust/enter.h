@@ -8,8 +8,7 @@
 namespace toolbelt::test {
 
 // The arguments are words (a 64-bit one is two); `self` goes to ECX, which a member function expects. `off` is 0, 4, 8
-// or
-// 12. Whether caller or function removes the arguments does not matter.
+// or 12. Whether caller or function removes the arguments does not matter.
 inline std::uint32_t enterAt(std::uint32_t off, const void* function, const void* self, const std::uint32_t* arguments,
                              std::uint32_t count)
 {

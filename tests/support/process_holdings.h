@@ -9,6 +9,8 @@
 #include <tlhelp32.h>
 #include <winternl.h>
 
+#include <gtest/gtest.h>
+
 #include <vector>
 
 namespace toolbelt::test {
@@ -21,12 +23,18 @@ struct Holdings
 
 inline int openHandles()
 {
+    constexpr auto ALL_HANDLES = static_cast<SYSTEM_INFORMATION_CLASS>(16);
+    std::vector<ULONG> list(1 << 16); // count, then entries of 16 bytes that begin with the process
+    const auto query = [&] {
+        const auto size = static_cast<ULONG>(list.size() * sizeof(ULONG));
+        return static_cast<ULONG>(NtQuerySystemInformation(ALL_HANDLES, list.data(), size, nullptr));
+    };
+    constexpr ULONG LENGTH_MISMATCH = 0xC0000004;
+    ULONG status;
+    while ((status = query()) == LENGTH_MISMATCH) list.resize(2 * list.size());
     int count = 0;
-    std::vector<ULONG> list(1 << 18); // count, then entries of 16 bytes that begin with the process
-    ULONG size = 0;
-    NtQuerySystemInformation(static_cast<SYSTEM_INFORMATION_CLASS>(16), list.data(),
-                             static_cast<ULONG>(list.size() * sizeof(ULONG)), &size);
-    for (ULONG i = 0; i < list[0] && i * 4 + 4 < list.size(); ++i) count += list[1 + i * 4] == GetCurrentProcessId();
+    for (ULONG i = 0; status == 0 && i < list[0]; ++i) count += list[1 + i * 4] == GetCurrentProcessId();
+    EXPECT_GT(count, 0) << "the system does not tell its handles: status " << status;
     return count;
 }
 
