@@ -53,7 +53,8 @@ struct GiveBack
         __gnu_cxx::__freeres();
     }
 };
-// Built before anything else, and so destroyed behind it.
+// Built before anything else, and so destroyed behind it: but for the standard streams, whose priority is lower. The DLL
+// does not use them.
 [[gnu::init_priority(101), maybe_unused]] GiveBack giveBack;
 
 } // namespace

@@ -140,7 +140,7 @@ void cColoredDlg::layOut(std::int32_t width)
     place(colours.iconPlaceId, layout.icon);
     place(colours.titleId, layout.title);
     place(colours.textId, layout.text);
-    RedrawWindow(window, &changed, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+    RedrawWindow(window, &changed, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
 }
 
 bool cColoredDlg::eraseBackground(DeviceHandle target)

@@ -54,12 +54,13 @@ void setIcons(HWND window, HINSTANCE instance, std::uint32_t id)
     set(ICON_SMALL, load(SMALL_ICON_SIZE, LR_SHARED));
     // A second shared one could be the first again, enlarged: the system may look for them by their names alone.
     HANDLE big = load(0, LR_DEFAULTSIZE);
-    releaseBigIcon(window); // of an initialisation before
+    const HANDLE before = RemovePropW(window, BIG_ICON); // of an earlier initialisation
     if (big && !SetPropW(window, BIG_ICON, big)) {
         DestroyIcon(static_cast<HICON>(big));
         big = nullptr;
     }
     set(ICON_BIG, big);
+    if (before) DestroyIcon(static_cast<HICON>(before)); // no longer shown
 }
 
 cDlg* initialise(HWND window, LPARAM parameter)

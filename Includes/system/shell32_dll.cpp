@@ -88,7 +88,7 @@ cShell32Dll::FolderSearch cShell32Dll::findDocumentsFolder(wchar_t (&path)[DLL_P
 {
     FolderSearch search;
     const auto isThere = [&](const void* function, std::source_location where = std::source_location::current()) {
-        if (!function) search.missing = where;
+        if (!function && search.missing.line() == 0) search.missing = where;
         return function != nullptr;
     };
     if (functions_.getSpecialFolderPathW) {

@@ -45,7 +45,7 @@ private:
     {
         bool done = false;
         bool hasNoList = false;       // the system does not know the folder
-        std::source_location missing; // where a function that it needs is not there; line 0: nowhere
+        std::source_location missing; // where the first function that it needs is not there; line 0: nowhere
     };
     FolderSearch findDocumentsFolder(wchar_t (&path)[DLL_PATH_UNITS]) noexcept;
 

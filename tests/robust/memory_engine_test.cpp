@@ -447,6 +447,20 @@ std::string textOf(const cByteBuffer& buffer)
     return std::string(reinterpret_cast<const char*>(buffer.data()), buffer.length());
 }
 
+// On a buffer that holds a secret.
+Operation onBuffer(const char* name, std::function<bool(cByteBuffer&)> call)
+{
+    return {name,
+            [call](TestHeap& heap) {
+                cByteBuffer buffer;
+                if (!buffer.append("abcdefghi", 9)) return -1;
+                return again(heap, [&] { return call(buffer) ? STATUS_OK : -1; });
+            },
+            {{-1}},
+            0,
+            true};
+}
+
 TEST_F(Memory, BuffersAndArmour)
 {
     const std::string begin = "-----BEGIN X-----", end = "-----END X-----",
@@ -454,46 +468,26 @@ TEST_F(Memory, BuffersAndArmour)
     const Bytes secret = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i'};
     const auto failed = [](bool done) { return done ? STATUS_OK : -1; };
     const Operation operations[] = {
-        {"cByteBuffer append, grow, reserve",
-         [&](TestHeap& heap) {
-             cByteBuffer buffer;
-             if (!buffer.append(secret.data(), 9)) return -1;
-             return again(heap, [&] {
-                 const bool done = buffer.reserve(1000) && buffer.grow(2000); // half as much again, or what is needed
-                 EXPECT_EQ(textOf(buffer).substr(0, 9), "abcdefghi");
-                 buffer.truncate(9);
-                 return failed(done);
-             });
-         },
-         {{-1}},
-         0,
-         true},
-        {"cByteBuffer allocate",
-         [&](TestHeap& heap) {
-             cByteBuffer buffer;
-             if (!buffer.append(secret.data(), 9)) return -1;
-             return again(heap, [&] {
-                 const bool done = buffer.allocate(10);
-                 EXPECT_EQ(textOf(buffer), std::string(done ? 10 : 0, '\0'));
-                 return failed(done);
-             });
-         },
-         {{-1}},
-         0,
-         true},
-        {"base64DecodeToBuffer",
-         [&](TestHeap& heap) {
-             cByteBuffer buffer;
-             if (!buffer.append(secret.data(), 9)) return -1;
-             return again(heap, [&] {
-                 const bool done = base64DecodeToBuffer(buffer, "YWI=");
-                 EXPECT_EQ(textOf(buffer), done ? "ab" : "");
-                 return failed(done);
-             });
-         },
-         {{-1}},
-         0,
-         true},
+        onBuffer("cByteBuffer append, grow, reserve",
+                 [&](cByteBuffer& buffer) {
+                     const bool done =
+                         buffer.reserve(1000) && buffer.grow(2000); // half as much again, or what is needed
+                     EXPECT_EQ(textOf(buffer).substr(0, 9), "abcdefghi");
+                     buffer.truncate(9);
+                     return done;
+                 }),
+        onBuffer("cByteBuffer allocate",
+                 [&](cByteBuffer& buffer) {
+                     const bool done = buffer.allocate(10);
+                     EXPECT_EQ(textOf(buffer), std::string(done ? 10 : 0, '\0'));
+                     return done;
+                 }),
+        onBuffer("base64DecodeToBuffer",
+                 [&](cByteBuffer& buffer) {
+                     const bool done = base64DecodeToBuffer(buffer, "YWI=");
+                     EXPECT_EQ(textOf(buffer), done ? "ab" : "");
+                     return done;
+                 }),
         {"decodeArmoured",
          [&](TestHeap& heap) {
              cByteBuffer decoded, header, trailing;
