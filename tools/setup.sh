@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Installs what the builds and tests need on Debian 12. Usage: tools/setup.sh host|windows|fuzz|docs
+# Installs what the builds and tests need on Debian 12. Usage: tools/setup.sh host|windows|fuzz|emulated|docs
 # "host" is the native engine alone; "windows" adds the cross compiler and Wine, "fuzz" the compiler of the fuzz targets,
-# and "docs" is what makes the reference. Does nothing, at once, when all is there.
+# "emulated" the emulator of newer processors, and "docs" is what makes the reference. Does nothing, at once, when all is there.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 . "$root/tools/common.sh"
@@ -9,6 +9,7 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 host_packages=(cmake ninja-build g++ g++-multilib googletest ca-certificates openssl libcli11-dev nlohmann-json3-dev libgmp-dev)
 windows_packages=(g++-mingw-w64-i686-posix clang clang-tidy pkgconf zip patch xz-utils wine wine32:i386 libgnutls30:i386 python3-minimal xvfb xauth fonts-wine fonts-liberation)
 fuzz_packages=(clang libclang-rt-14-dev patch xz-utils)
+emulated_packages=(bochs bochsbios vgabios isolinux syslinux-common xorriso)
 docs_packages=(cmake doxygen)
 json_parser_version=1.1.0 # json/CMakeLists.txt names it too
 json_parser=$build_dir/deps/json-parser-$json_parser_version
@@ -88,12 +89,13 @@ install() {
 
 kind=${1:-}
 case "$kind" in
-    host | windows | fuzz | docs) ;;
-    *) die "usage: tools/setup.sh host|windows|fuzz|docs" ;;
+    host | windows | fuzz | emulated | docs) ;;
+    *) die "usage: tools/setup.sh host|windows|fuzz|emulated|docs" ;;
 esac
 packages=("${host_packages[@]}")
 [ "$kind" = windows ] && packages+=("${windows_packages[@]}")
 [ "$kind" = fuzz ] && packages+=("${fuzz_packages[@]}")
+[ "$kind" = emulated ] && packages+=("${emulated_packages[@]}")
 [ "$kind" = docs ] && packages=("${docs_packages[@]}")
 mapfile -t wanted < <(missing "${packages[@]}")
 if [ "${#wanted[@]}" -gt 0 ]; then
@@ -104,7 +106,7 @@ if [ "${#wanted[@]}" -gt 0 ]; then
     step "installing ${wanted[*]}" setup install "${wanted[@]}"
 fi
 
-if [[ $kind != host && $kind != docs ]] && [ ! -e "$json_parser" ]; then
+if [[ $kind == windows || $kind == fuzz ]] && [ ! -e "$json_parser" ]; then
     step "fetching json-parser $json_parser_version" json-parser fetch_json_parser
 fi
 
