@@ -86,8 +86,8 @@ const Target target("key_blob", [](Input input) {
         require(valueOf(record.p) == x[0] && valueOf(record.g) == x[1], "the same numbers");
         require(kind == 2 || valueOf(record.x) == x[3], "the private number");
     }
-    require(key->keyLength() == static_cast<std::int32_t>(kind == 3 ? key->keyLength() : (bitLength(x[0]) + 7) / 8),
-            "k");
+    const Bytes modulus = kind == 3 ? valueOf(*static_cast<cPrivateRSA&>(*key).record().n) : x[0];
+    require(key->keyLength() == static_cast<std::int32_t>((bitLength(modulus) + 7) / 8), "k");
 });
 
 } // namespace

@@ -5,7 +5,9 @@
 
 #include "crypto/encoding/key_text.h"
 #include "crypto/encoding/key_write.h"
-#include "fuzz/target.h"
+#include "crypto/pka/rsa.h"
+#include "fuzz/der_model.h"
+#include "fuzz/natural.h"
 
 namespace toolbelt::fuzz {
 namespace {
@@ -28,6 +30,36 @@ Key read(const Bytes& bytes, Status& status)
     return Key(key);
 }
 
+// The INTEGER at the front of data, which moves behind it; nothing when there is none of a definite length.
+Bytes integerAt(const std::uint8_t*& data, std::uint32_t& left)
+{
+    const Shape shape = shapeOf(data, left);
+    if (shape.status != STATUS_OK || shape.indefinite) return {};
+    const Bytes value(data + shape.header, data + shape.total());
+    data += shape.total();
+    left -= shape.total();
+    return value;
+}
+
+// The modulus and the exponent are those INTEGERs of the SEQUENCE in the BIT STRING.
+void compareRsa(cPublicRSA& key, const Bytes& bytes)
+{
+    SubjectPublicKeyInfo info;
+    require(readSubjectPublicKeyInfo(info, addressOf(bytes), sizeOf(bytes)) == STATUS_OK, "the same again");
+    const std::uint8_t* at = info.key.element.content;
+    std::uint32_t left = info.key.element.contentLength;
+    const Shape sequence = shapeOf(at, left);
+    require(sequence.status == STATUS_OK, "what a key was read from");
+    if (sequence.indefinite) return;
+    at += sequence.header;
+    left -= sequence.header;
+    for (const BigNum* number : {key.record().n, key.record().e}) {
+        const Bytes value = integerAt(at, left);
+        if (value.empty()) return;
+        require(valueOf(*number) == trimmed(value), "the numbers of the key");
+    }
+}
+
 Bytes write(cPKA& key)
 {
     std::uint32_t size = 0;
@@ -39,7 +71,8 @@ Bytes write(cPKA& key)
 
 const Target target("key_info", [](Input input) {
     Status status;
-    const Key key = read(input.take(2048), status);
+    const Bytes bytes = input.take(2048);
+    const Key key = read(bytes, status);
     if (!key) {
         constexpr Status known[] = {
             DER_E_LENGTH,          DER_E_TAG,      DER_E_MALFORMED, DER_E_LIMIT, DER_E_UNKNOWN_ALGORITHM,
@@ -48,6 +81,7 @@ const Target target("key_info", [](Input input) {
         return;
     }
     require(key->keyLength() > 0 && key->keyLength() <= 2048, "a key's length");
+    if (auto* const rsa = dynamic_cast<cPublicRSA*>(key.get())) compareRsa(*rsa, bytes);
     const Bytes written = write(*key);
     const Key again = read(written, status);
     require(again && again->algorithm() == key->algorithm() && again->keyLength() == key->keyLength(), "the same key");

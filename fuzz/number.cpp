@@ -43,8 +43,10 @@ const Target target("number", [](Input input) {
     BigNum borrowed, owner;
     load(owner, bytes);
     require(bnView(borrowed, owner, 0, 2) == STATUS_OK && borrowed.count <= 2, "a view");
-    const Status grown = bnImportPrefixed(borrowed, addressOf(bytes), length) != 0 ? STATUS_OK : BN_E_RANGE;
-    require(borrowed.count <= 2 && (grown == STATUS_OK || owner.borrowed == 0), "a view never grows");
+    const bool imported = bnImportPrefixed(borrowed, addressOf(bytes), length) != 0;
+    require(borrowed.count <= 2, "a view never grows");
+    if (imported)
+        ask(borrowed, Bytes(addressOf(bytes) + 2, addressOf(bytes) + 2 + (bytes[0] * 256u + bytes[1] + 7) / 8), index);
 });
 
 } // namespace

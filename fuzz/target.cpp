@@ -51,7 +51,11 @@ Bytes Input::number(std::size_t limit)
 std::vector<wchar_t> Input::units()
 {
     std::vector<wchar_t> text(left_ / 2 + 1);
-    for (wchar_t& unit : text) unit = left_ < 2 ? 0 : static_cast<wchar_t>(byte() | byte() << 8);
+    for (wchar_t& unit : text) {
+        if (left_ < 2) break; // zeros from here on
+        const unsigned low = byte();
+        unit = static_cast<wchar_t>(low | byte() << 8);
+    }
     return text;
 }
 

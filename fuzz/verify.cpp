@@ -127,8 +127,12 @@ void field(Input& input, bool isDsa)
     static const Bytes elgamalBlob = blobOf({ofWord(467), ofWord(2), ofWord(132)});
     static const Key keys[] = {Key(newPublicElgamal(elgamalBlob.data(), sizeOf(elgamalBlob))),
                                Key(newPublicDsa(dsaBlob.data(), sizeOf(dsaBlob)))};
-    const std::uint32_t wide = input.byte() & 1, r = input.byte() | wide * input.byte() << 8;
-    const std::uint32_t s = input.byte() | wide * input.byte() << 8;
+    const std::uint32_t wide = input.byte() & 1;
+    const auto read = [&] {
+        const std::uint32_t low = input.byte();
+        return low | wide * input.byte() << 8;
+    };
+    const std::uint32_t r = read(), s = read();
     const Bytes digest = input.take(4);
     std::uint32_t h = 0;
     for (const std::uint8_t byte : digest) h = h << 8 | byte;

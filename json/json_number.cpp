@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cmath>
 
+#include "crypto/base/heap.h"
+
 namespace toolbelt {
 namespace {
 
@@ -50,6 +52,7 @@ template <typename Number>
 std::uint32_t convert(wchar_t (&text)[JSON_NUMBER_SIZE], Number number)
 {
     char digits[JSON_NUMBER_SIZE];
+    const WipeOnExit guard(digits);
     const auto [end, error] = std::to_chars(digits, digits + JSON_NUMBER_SIZE, number);
     if (error != std::errc()) return 0;
     std::copy(digits, end, text);

@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "Includes/stringFuncs/conversion.h"
+#include "crypto/base/heap.h"
 #include "json/json_number.h"
 
 namespace toolbelt {
@@ -155,6 +156,7 @@ bool writeNumber(const JsonValue& value, Sink& sink)
 {
     const bool blank = (value.flags & JSON_BLANK) != 0;
     wchar_t text[JSON_NUMBER_SIZE];
+    const WipeOnExit guard(text);
     if (value.type == JSON_DOUBLE) return sink.literal(text, jsonNumberText(text, blank ? 0.0 : value.number));
     if (blank) return true;
     const std::uint32_t units = jsonNumberText(text, value.integer);

@@ -79,6 +79,7 @@ fetch_json_parser() {
         patch -d "$work/json-parser-$json_parser_version" -p1 -i "$work/debian/patches/$name"
     done <"$work/debian/patches/series"
     mv "$work/json-parser-$json_parser_version" "$json_parser"
+    rm -f "$build_dir"/*/build.ninja # what was configured without it is configured again
     rm -rf "$work" "$build_dir/apt/deb-src"
 }
 

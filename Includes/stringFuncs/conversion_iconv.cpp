@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <iconv.h>
 
+#include "crypto/base/heap.h"
+
 namespace toolbelt {
 namespace {
 
@@ -29,8 +31,9 @@ public:
              std::size_t replacementSize, Sink sink) noexcept
     {
         char* at = const_cast<char*>(input); // iconv only reads
+        char piece[512];
+        const WipeOnExit guard(piece);
         while (size != 0) {
-            char piece[512];
             char* end = piece;
             std::size_t room = sizeof piece;
             const std::size_t result = iconv(handle_, &at, &size, &end, &room);

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "Includes/stringFuncs/conversion.h"
+#include "crypto/base/heap.h"
 
 namespace toolbelt {
 namespace {
@@ -73,6 +74,8 @@ void percentDecode(cWCS& text) noexcept
         }
         char bytes[4] = {};
         wchar_t units[2];
+        const WipeOnExit guardBytes(bytes);
+        const WipeOnExit guardUnits(units);
         const int announced = bytesAnnounced(first);
         int count = 0;
         for (; count < announced; ++count) {

@@ -39,7 +39,7 @@ enum
 {
     TB_OK = 0,
     TB_E_BUFFER = 1,      /* the output is too small; the needed length has been stored */
-    TB_E_MEMORY = 2,      /* memory ran out; within a reader that may also show as its own code below, never as TB_OK */
+    TB_E_MEMORY = 2,      /* memory ran out; a reader may tell it as its own code below; nothing bad passes */
     TB_E_ARGUMENT = 3,    /* a null pointer, an unknown mode, or a length that the operation cannot take */
     TB_E_ALGORITHM = 4,   /* an algorithm that is not offered: an id, or that of a certificate or key */
     TB_E_KEY = 5,         /* key bytes that cannot be read, or of the wrong length */

@@ -38,7 +38,8 @@ TEST(Forgery, CubesFillWhatTheRulesLeaveFree)
     EXPECT_EQ(verdicts, (std::map<Status, int>{{0, 2}, {32, 27}}));
 }
 
-// Every change of one byte of a block, signed: what is still accepted is what is documented, and nothing else.
+// Every change of one byte of a block behind its first, of the padding some, signed: what is still accepted is what is
+// documented, and nothing else.
 TEST(Forgery, OneChangedByteOfABlock)
 {
     // 256 bits, so that all can be signed; a digest of 4 bytes in a DigestInfo.
@@ -124,6 +125,27 @@ TEST(Forgery, DsaTakesNoNumbersOutsideTheirRange)
                 const Bytes der = derElement(0x30, derIntegers({r, s}));
                 EXPECT_EQ(verifyDer(*open, der, digest), 32);
                 EXPECT_EQ(verifyPrefixed(*open, join({prefixed(r), prefixed(s)}), digest), 32);
+            }
+}
+
+TEST(Forgery, OneChangedByteOfADsaSignature)
+{
+    const FieldNumbers& numbers = dsaNumbers("dsa512-160");
+    const Bytes digest(20, 0x42);
+    const Pool pool(Bytes(64, 0x21));
+    const Bytes signature = run(*numbers.secret(), &cPKA::signPrefixed, digest);
+    const Key open = numbers.open();
+    ASSERT_EQ(verifyPrefixed(*open, signature, digest), 0);
+    for (const Bytes* changes : {&signature, &digest})
+        for (std::size_t at = 0; at < changes->size(); ++at)
+            for (int change = 1; change < 256; ++change) {
+                Bytes bytes = *changes;
+                bytes[at] = static_cast<std::uint8_t>(bytes[at] ^ change);
+                const bool isDigest = changes == &digest;
+                // The same numbers: their counts of bits only tell how many octets they have.
+                const bool same = !isDigest && (at == 1 || at == 23) && (bytes[at] + 7) / 8 == ((*changes)[at] + 7) / 8;
+                EXPECT_EQ(verifyPrefixed(*open, isDigest ? signature : bytes, isDigest ? bytes : digest) == 0, same)
+                    << at << " " << change << (isDigest ? " of the digest" : " of the signature");
             }
 }
 

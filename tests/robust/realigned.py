@@ -8,10 +8,12 @@ import sys
 
 listing = subprocess.run([sys.argv[1], "-d", "--no-show-raw-insn", sys.argv[2]], check=True, capture_output=True,
                          text=True).stdout
-# Aligned moves, and whatever takes a whole vector from memory in the older encoding.
-STORES = re.compile(r"\s(?:v?mov(?:aps|apd|dqa|dqa32|dqa64|ntps|ntdq)|(?!v|mov[udqlhs]|movup|movdqu|lddqu|cvt|pinsr|pextr|"
-                    r"\w+s[sd]\s)\w+)\s+(?:\$\w+,)?[^ ]*\(%e[sb]p[,)][^ ]*%xmm|\smov(?:aps|apd|dqa)\s.*\(%e[sb]p[,)]")
-ALIGNS = re.compile(r"\sand\s+\$0xffffff[0-9a-f]0,%esp")
+ON_STACK = r"[^ ]*\(%e[sb]p[,)]"
+# Aligned moves, and whatever else takes a whole vector from memory in the older encoding.
+ALIGNED = re.compile(r"\sv?mov(?:aps|apd|dqa(?:32|64)?|ntps|ntpd|ntdq)\s(?=.*%e[sb]p).*%([xyz])mm|"
+                     r"\s(?!v|mov|lddqu|cvt|pinsr|pextr|\w+s[sd]\s)\w+\s+(?:\$\w+,)?" + ON_STACK + r"[^ ]*%(x)mm")
+ALIGNS = re.compile(r"\sand\s+\$0xffffff([0-9a-f])0,%esp")
+BYTES = {"x": 16, "y": 32, "z": 64}
 functions = vectors = 0
 wrong = []
 for function in re.split(r"\n\n(?=[0-9a-f]+ <)", listing):
@@ -19,10 +21,12 @@ for function in re.split(r"\n\n(?=[0-9a-f]+ <)", listing):
     if not head:
         continue
     functions += 1
-    if STORES.search(function):
+    needed = max((BYTES[x or y] for x, y in ALIGNED.findall(function)), default=0)
+    if needed:
         vectors += 1
-        if not ALIGNS.search(function):
-            wrong.append(head.group(1))
+        given = max((256 - int(digit + "0", 16) for digit in ALIGNS.findall(function)), default=0)
+        if given < needed:
+            wrong.append(f"{head.group(1)}: {needed} bytes wanted, {given} given")
 print(f"{functions} functions, {vectors} of them with aligned vectors on the stack, {len(wrong)} without aligning it")
 print("\n".join(wrong))
 sys.exit(not functions or not vectors or bool(wrong))

@@ -17,7 +17,7 @@ namespace toolbelt::test {
 
 struct Holdings
 {
-    int handles = 0, threads = 0, blocks = 0;
+    int handles = 0, threads = 0, blocks = 0, drawing = 0; // drawing: fonts, brushes, devices
     SIZE_T bytes = 0; // of committed memory
 };
 
@@ -50,6 +50,7 @@ inline Holdings holdings()
     CloseHandle(snapshot);
     PROCESS_HEAP_ENTRY entry = {};
     while (HeapWalk(GetProcessHeap(), &entry)) found.blocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
+    found.drawing = static_cast<int>(GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS));
     PROCESS_MEMORY_COUNTERS counters = {};
     GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
     found.bytes = counters.PagefileUsage;

@@ -1,4 +1,5 @@
 #include "crypto/encoding/base64.h"
+#include "crypto/encoding/base64_avx2.h"
 
 #include <random>
 #include <string>
@@ -191,6 +192,14 @@ TEST(Base64, TiersAgree)
         cpu::limitFeatures(~0u);
         ASSERT_EQ(encode(data, flags), portable);
     }
+    if (!cpu::has(cpu::AVX2)) GTEST_SKIP() << "only the portable routines run here";
+    const Bytes data(480);
+    const std::string text = encode(data, BASE64_NO_CHECKSUM); // ten lines
+    char lines[700];
+    std::uint8_t bytes[480];
+    EXPECT_EQ(base64EncodeAvx2(lines, data.data(), 480, true), 432u); // all but the last one
+    const Base64Run run = base64DecodeAvx2(bytes, 480, text.data(), static_cast<std::uint32_t>(text.size()));
+    EXPECT_EQ(std::pair(run.characters, run.digits), std::pair(658u, 640u));
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "crypto/bignum/bignum.h"
+#include "tests/robust/operations.h"
 #include "tests/support/test_heap.h"
 
 namespace toolbelt::test {
@@ -49,6 +50,16 @@ TEST(Fault, Status)
     BigNum difference, one;
     ASSERT_EQ(bnAddWord(one, one, 1), STATUS_OK);
     EXPECT_EQ(bnSubtractWord(difference, one, 2), STATUS_OK) << "a negative result";
+}
+
+TEST(Fault, Loop)
+{
+    runWithoutMemory({"an operation that hides a failure",
+                      [](TestHeap&) {
+                          heap::release(heap::allocate(16));
+                          return STATUS_OK;
+                      },
+                      {{BN_E_MEMORY}}});
 }
 
 TEST(Fault, Hang)
