@@ -42,6 +42,7 @@ std::uint32_t detect() noexcept
     if (avx && (saved & XCR0_AVX512) == XCR0_AVX512 && (b & AVX512_BITS) == AVX512_BITS) {
         features |= AVX512;
         if (b & bit_AVX512IFMA) features |= IFMA;
+        if (c & bit_AVX512VBMI) features |= VBMI;
     }
     return features;
 }
@@ -64,8 +65,8 @@ struct Name
     std::uint32_t feature;
     const char* text;
 };
-constexpr Name names[] = {{SSE2, "sse2"}, {SSSE3, "ssse3"},   {AES, "aes"},   {SHA, "sha"},
-                          {AVX2, "avx2"}, {AVX512, "avx512"}, {IFMA, "ifma"}, {VAES, "vaes"}};
+constexpr Name names[] = {{SSE2, "sse2"},     {SSSE3, "ssse3"}, {AES, "aes"},   {SHA, "sha"},  {AVX2, "avx2"},
+                          {AVX512, "avx512"}, {IFMA, "ifma"},   {VAES, "vaes"}, {VBMI, "vbmi"}};
 
 } // namespace
 

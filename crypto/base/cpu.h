@@ -18,6 +18,7 @@ inline constexpr std::uint32_t AVX2 = 1u << 4;
 inline constexpr std::uint32_t AVX512 = 1u << 5; // F, DQ, BW and VL
 inline constexpr std::uint32_t IFMA = 1u << 6;   // AVX-512 52-bit multiplication; comes with AVX512
 inline constexpr std::uint32_t VAES = 1u << 7;   // AES on AVX2 registers; comes with AES and AVX2
+inline constexpr std::uint32_t VBMI = 1u << 8;   // AVX-512 permutations of bytes; comes with AVX512
 
 // What the processor and the operating system offer; found out once a process.
 TB_API std::uint32_t detectedFeatures() noexcept;

@@ -3,35 +3,13 @@
 #include <bit>
 
 #include "crypto/base/bytes.h"
+#include "crypto/base/cpu.h"
+#include "crypto/cipher/aria_rounds.h"
 #include "crypto/cipher/creators.h"
-#include "crypto/cipher/gf256.h"
 #include "crypto/cipher/member.h"
 
 namespace toolbelt {
 namespace {
-
-constexpr std::uint32_t MOST_ROUNDS = 16;
-
-// S1 is the S-box of Rijndael, S2 an affine map of x^247; X1 and X2 are their inverses.
-constexpr const ByteBox& S1 = rijndaelBox;
-constexpr ByteBox S2 = [] {
-    // What bit i of the power adds to the output.
-    constexpr std::uint8_t column[8] = {0xAC, 0xC5, 0x12, 0xCF, 0x5B, 0x5F, 0x85, 0xEE};
-    ByteBox box = {};
-    for (std::uint32_t x = 0; x < 256; ++x) {
-        std::uint32_t power = 1; // 247 = 11110111 in binary
-        for (std::uint32_t bit = 8; bit-- != 0;) {
-            power = gfMultiply(power, power, RIJNDAEL_POLYNOMIAL);
-            if (247 >> bit & 1) power = gfMultiply(power, x, RIJNDAEL_POLYNOMIAL);
-        }
-        box[x] = 0xE2;
-        for (std::uint32_t bit = 0; bit < 8; ++bit)
-            if (power >> bit & 1) box[x] ^= column[bit];
-    }
-    return box;
-}();
-constexpr ByteBox X1 = inverseBox(S1);
-constexpr ByteBox X2 = inverseBox(S2);
 
 using Table = std::array<std::uint32_t, 256>;
 using Layer = std::array<const ByteBox*, 4>; // the S-box of byte 0, 1, 2 and 3 of a word
@@ -52,34 +30,12 @@ constexpr std::array<Table, 4> makeTables(const Layer& layer)
 constexpr std::array<Table, 4> spreadSL1 = makeTables(SL1);
 constexpr std::array<Table, 4> spreadSL2 = makeTables(SL2);
 
-struct Value
-{
-    std::uint32_t w[4];
-
-    Value& operator^=(const Value& other)
-    {
-#pragma GCC unroll 4
-        for (int i = 0; i < 4; ++i) w[i] ^= other.w[i];
-        return *this;
-    }
-};
-
 struct ARIASchedule
 {
-    Value encryption[MOST_ROUNDS + 1];
-    Value decryption[MOST_ROUNDS + 1];
-    std::uint32_t rounds;
+    ARIAKeys encryption;
+    ARIAKeys decryption;
+    WideBlocks* transformWide; // either direction: it lies in the keys
 };
-
-void mixWords(Value& v)
-{
-    v.w[1] ^= v.w[2];
-    v.w[2] ^= v.w[3];
-    v.w[0] ^= v.w[1];
-    v.w[3] ^= v.w[1];
-    v.w[2] ^= v.w[0];
-    v.w[1] ^= v.w[2];
-}
 
 // The diffusion layer A is the product of four steps: each byte into the three others of its word, the words into each
 // other, the bytes within words 1 to 3 exchanged, the words into each other again. These are the last three.
@@ -112,8 +68,10 @@ void round(Value& v, const Value& key, const std::array<Table, 4>& spread)
     diffuseWords(v);
 }
 
-void transformBlock(const Value* keys, std::uint32_t rounds, const std::uint8_t* in, std::uint8_t* out)
+void transformBlock(const ARIAKeys& schedule, const std::uint8_t* in, std::uint8_t* out)
 {
+    const Value* keys = schedule.key;
+    std::uint32_t rounds = schedule.rounds;
     Value v;
     for (std::uint32_t i = 0; i < 4; ++i) v.w[i] = load32be(in + 4 * i);
     for (; rounds > 2; rounds -= 2, keys += 2) {
@@ -158,28 +116,30 @@ void expandKey(ARIASchedule& schedule, const std::uint8_t* key, std::uint32_t ke
         if (i != 0) W[i + 1] ^= W[i - 1];
     }
 
-    schedule.rounds = 12 + 2 * first;
+    const std::uint32_t rounds = 12 + 2 * first;
+    schedule.encryption.rounds = schedule.decryption.rounds = rounds;
     constexpr std::uint32_t rotations[5] = {19, 31, 128 - 61, 128 - 31, 128 - 19};
-    Value* ek = schedule.encryption;
-    for (std::uint32_t i = 0; i <= schedule.rounds; ++i) {
+    Value* ek = schedule.encryption.key;
+    for (std::uint32_t i = 0; i <= rounds; ++i) {
         rotateRight(ek[i], W[(i + 1) % 4], rotations[i / 4]);
         ek[i] ^= W[i % 4];
     }
-    Value* dk = schedule.decryption;
-    for (std::uint32_t i = 0; i <= schedule.rounds; ++i) {
-        dk[i] = ek[schedule.rounds - i];
-        if (i != 0 && i != schedule.rounds) diffuse(dk[i]);
+    Value* dk = schedule.decryption.key;
+    for (std::uint32_t i = 0; i <= rounds; ++i) {
+        dk[i] = ek[rounds - i];
+        if (i != 0 && i != rounds) diffuse(dk[i]);
     }
+    schedule.transformWide = cpu::has(cpu::VAES) ? ariaTransformVaes : nullptr;
 }
 
 void encryptBlock(const ARIASchedule& key, const std::uint8_t* in, std::uint8_t* out)
 {
-    transformBlock(key.encryption, key.rounds, in, out);
+    transformBlock(key.encryption, in, out);
 }
 
 void decryptBlock(const ARIASchedule& key, const std::uint8_t* in, std::uint8_t* out)
 {
-    transformBlock(key.decryption, key.rounds, in, out);
+    transformBlock(key.decryption, in, out);
 }
 
 } // namespace
@@ -188,6 +148,10 @@ class cAlgARIA : public BlockCipher<16, ARIASchedule, encryptBlock, decryptBlock
 {
 public:
     using BlockCipher::BlockCipher;
+    Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
+    {
+        return decryptWith(schedule->transformWide, &schedule->decryption, in, out, length);
+    }
 };
 
 class cAlgARIA128 final : public cAlgARIA

@@ -1,10 +1,13 @@
 // The chaining modes, written once over the block operations of cSymAlg. CBC encryption and CFB encryption go block by
-// block, as each needs the ciphertext before it; the decryptions stage a batch of blocks and hand it over in one call.
+// block, as each needs the ciphertext before it; the decryptions hand a batch of blocks over in one call.
 // A cipher with routines of its own for CBC and CFB gets the whole blocks as they are.
 #include <algorithm>
 #include <cstring>
 
+#include <emmintrin.h>
+
 #include "crypto/base/bytes.h"
+#include "crypto/base/cpu.h"
 #include "crypto/cipher/chained_blocks.h"
 #include "crypto/cipher/cipher.h"
 
@@ -13,7 +16,7 @@ namespace {
 
 // Bytes handed to the block operations at once: enough for any core that works on blocks side by side, and staged data
 // and tables still share the first-level cache.
-constexpr std::uint32_t BATCH = 1024;
+constexpr std::uint32_t BATCH = 4096;
 
 // The whole blocks of a batch; one block when the block is longer than that.
 std::uint32_t batchSize(std::uint32_t blockSize)
@@ -41,6 +44,24 @@ inline void xorBytes(std::uint8_t* out, const std::uint8_t* a, const std::uint8_
     std::uint32_t i = 0;
     for (; i + 4 <= size; i += 4) store32le(out + i, load32le(a + i) ^ load32le(b + i));
     for (; i < size; ++i) out[i] = a[i] ^ b[i];
+}
+
+// The same for many bytes, in steps that a decryption of many blocks side by side does not have to wait for.
+[[gnu::target("sse2")]] std::uint32_t xorVectors(std::uint8_t* out, const std::uint8_t* a, const std::uint8_t* b,
+                                                 std::uint32_t size)
+{
+    const std::uint32_t done = size / 16 * 16;
+    for (std::uint32_t i = 0; i < done; i += 16) {
+        const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a + i));
+        const __m128i second = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + i));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_xor_si128(first, second));
+    }
+    return done;
+}
+void xorBatch(std::uint8_t* out, const std::uint8_t* a, const std::uint8_t* b, std::uint32_t size)
+{
+    const std::uint32_t done = cpu::has(cpu::SSE2) ? xorVectors(out, a, b, size) : 0;
+    xorBytes(out + done, a + done, b + done, size - done);
 }
 
 // Reverses the bytes of each 32-bit word of each block; the last bytes of a block size that is not a multiple of 4 stay
@@ -142,29 +163,33 @@ Status cSymAlg::cbcDecrypt(cSymAlg* cipher, const std::uint8_t* iv, const std::u
     std::uint32_t blockSize = 0;
     if (const Status status = checkCbc(*cipher, length, &blockSize)) return status;
     std::uint32_t left = static_cast<std::uint32_t>(length);
+    const bool chained = !WORDSWAP && cipher->chainedBlocks_ && left != 0;
+    // The ciphertext block before the batch, and behind it room for the ciphertext of a batch that is decrypted in
+    // place: the decrypted blocks are XORed with it. A batch is one block or at most BATCH bytes, so the sum fits.
+    const bool staged = !chained && (WORDSWAP || in == out);
     const std::uint32_t batch = std::min(batchSize(blockSize), std::max(left, blockSize));
-    // The block before the batch, and behind it the batch: together the ciphertext that the decrypted blocks are XORed
-    // with, kept here because out may be in. The batch is one block or at most BATCH bytes, so the sum fits.
-    SecretBytes saved(blockSize + batch);
+    SecretBytes saved(blockSize + (staged ? batch : 0));
     if (!saved) return CRYPT_E_NO_MEMORY;
     loadIv(saved.data(), iv, blockSize);
-    if (!WORDSWAP && cipher->chainedBlocks_ && length != 0) {
+    if (chained) {
         cipher->chainedBlocks_->cbcDecrypt(*cipher, saved.data(), in, out, left / blockSize);
         return CRYPT_OK;
     }
     while (left != 0) {
         const std::uint32_t size = std::min(left, batch);
-        std::memcpy(saved.data() + blockSize, in, size);
+        const std::uint8_t* text = in;
+        if (staged) text = static_cast<std::uint8_t*>(std::memcpy(saved.data() + blockSize, in, size));
         if constexpr (WORDSWAP) {
-            std::memcpy(out, saved.data() + blockSize, size);
+            std::memmove(out, in, size);
             swapWords(out, size, blockSize);
             static_cast<void>(cipher->decryptBlocks(out, out, asLength(size)));
             swapWords(out, size, blockSize);
         } else {
-            static_cast<void>(cipher->decryptBlocks(saved.data() + blockSize, out, asLength(size)));
+            static_cast<void>(cipher->decryptBlocks(text, out, asLength(size)));
         }
-        xorBytes(out, out, saved.data(), size);
-        std::memmove(saved.data(), saved.data() + size, blockSize);
+        xorBytes(out, out, saved.data(), blockSize);
+        xorBatch(out + blockSize, out + blockSize, text, size - blockSize);
+        std::memcpy(saved.data(), text + size - blockSize, blockSize);
         in += size;
         out += size;
         left -= size;
@@ -268,7 +293,7 @@ Status cSymAlg::cfbDecrypt(cSymAlg* cipher, const std::uint8_t* iv, const std::u
             std::memcpy(cipher->cfbRegister, in + size - blockSize, blockSize);
             if (const Status status = cipher->encryptBlocks(keystream.data(), keystream.data(), asLength(size)))
                 return status;
-            xorBytes(out, in, keystream.data(), size);
+            xorBatch(out, in, keystream.data(), size);
             in += size;
             out += size;
             left -= size;

@@ -67,7 +67,9 @@ cSymAlg* createGOST(const std::uint8_t* key, std::uint32_t keyLength)
     auto cipher = newCipher<cAlgGOST>(0u);
     if (cipher) {
         for (std::uint32_t i = 0; i < 8; ++i) cipher->schedule->key[i] = load32le(padded.data() + 4 * i);
-        cipher->schedule->decryptWide = cpu::has(cpu::AVX2) ? gostDecryptAvx2 : nullptr;
+        cipher->schedule->decryptWide = cpu::has(cpu::AVX512 | cpu::VBMI) ? gostDecryptAvx512
+                                        : cpu::has(cpu::AVX2)             ? gostDecryptAvx2
+                                                                          : nullptr;
     }
     return cipher.release();
 }

@@ -1,7 +1,9 @@
 // GOST 28147-89 on eight blocks side by side, its boxes looked up in registers: compiled with flags of its own. No
 // memory is addressed by secret data here.
+#include <immintrin.h>
+
 #include "crypto/cipher/gost_rounds.h"
-#include "crypto/cipher/wide_avx2.h"
+#include "crypto/cipher/wide_words.h"
 
 namespace toolbelt {
 namespace {
@@ -46,16 +48,11 @@ Words f(Words sum)
 
 std::uint32_t gostDecryptAvx2(const void* keys, const std::uint8_t* in, std::uint8_t* out, std::uint32_t blocks)
 {
-    const std::uint32_t done = blocks / WIDE_BLOCKS * WIDE_BLOCKS;
-    for (std::uint32_t i = 0; i < done; i += WIDE_BLOCKS, in += 64, out += 64) {
-        // Even words in one register, odd ones in the other; in an order of the blocks that the store undoes.
-        const __m256 a = _mm256_castsi256_ps(loadWide(in)), b = _mm256_castsi256_ps(loadWide(in + 32));
-        Words N1 = Words(_mm256_shuffle_ps(a, b, 0x88)), N2 = Words(_mm256_shuffle_ps(a, b, 0xDD));
-        transformRounds<1>(static_cast<const std::uint32_t*>(keys), N1, N2, f);
-        storeWide(out, _mm256_unpacklo_epi32(__m256i(N2), __m256i(N1)));
-        storeWide(out + 32, _mm256_unpackhi_epi32(__m256i(N2), __m256i(N1)));
-    }
-    return done;
+    const auto* const key = static_cast<const std::uint32_t*>(keys);
+    return transformWide<1, 2>(in, out, blocks, [key](Words(&x)[1][2]) {
+        transformRounds<1>(key, x[0][0], x[0][1], f);
+        std::swap(x[0][0], x[0][1]);
+    });
 }
 
 } // namespace toolbelt

@@ -114,7 +114,9 @@ cSymAlg* createIdea(const std::uint8_t* key, std::uint32_t keyLength)
     auto cipher = newCipher<cAlgIdea>();
     if (cipher) {
         expandKey(*cipher->schedule, padded.data());
-        cipher->schedule->wide = cpu::has(cpu::AVX2) ? ideaTransformAvx2 : nullptr;
+        cipher->schedule->wide = cpu::has(cpu::AVX512) ? ideaTransformAvx512
+                                 : cpu::has(cpu::AVX2) ? ideaTransformAvx2
+                                                       : nullptr;
     }
     return cipher.release();
 }

@@ -15,6 +15,16 @@ constexpr std::uint32_t LARGEST_KEY = 255;
 constexpr std::uint32_t P32 = 0xB7E15163; // from the base of the natural logarithm
 constexpr std::uint32_t Q32 = 0x9E3779B9; // from the golden ratio
 
+// A word rotated by the lowest five bits of another one.
+std::uint32_t rotl(std::uint32_t word, std::uint32_t by)
+{
+    return std::rotl(word, static_cast<int>(by & 31));
+}
+std::uint32_t rotr(std::uint32_t word, std::uint32_t by)
+{
+    return std::rotr(word, static_cast<int>(by & 31));
+}
+
 struct RC6Schedule
 {
     std::uint32_t S[KEY_WORDS];
@@ -67,7 +77,7 @@ void decryptBlock(const RC6Schedule& schedule, const std::uint8_t* in, std::uint
 {
     std::uint32_t x[4];
     for (std::uint32_t i = 0; i < 4; ++i) x[i] = load32le(in + 4 * i);
-    decryptRounds(schedule.S, x);
+    decryptRounds(schedule.S, x, rotr);
     for (std::uint32_t i = 0; i < 4; ++i) store32le(out + 4 * i, x[i]);
 }
 
@@ -89,7 +99,9 @@ cSymAlg* createRC6(const std::uint8_t* key, std::uint32_t keyLength)
     auto cipher = newCipher<cAlgRC6>(keyLength);
     if (cipher) {
         expandKey(*cipher->schedule, key, keyLength);
-        cipher->schedule->decryptWide = cpu::has(cpu::AVX2) ? rc6DecryptAvx2 : nullptr;
+        cipher->schedule->decryptWide = cpu::has(cpu::AVX512) ? rc6DecryptAvx512
+                                        : cpu::has(cpu::AVX2) ? rc6DecryptAvx2
+                                                              : nullptr;
     }
     return cipher.release();
 }

@@ -1,4 +1,5 @@
-// The decryption of RC6 over words of any width, one block or many; it belongs to the file that includes it.
+// The decryption of RC6 over words of any width, one block or many; it belongs to the file that includes it, which
+// brings along rotr, the rotation to the right by the lowest five bits of a word.
 #pragma once
 
 #include <cstdint>
@@ -9,17 +10,6 @@ namespace {
 constexpr std::uint32_t ROUNDS = 20;
 constexpr std::uint32_t KEY_WORDS = 2 * ROUNDS + 4;
 
-template <typename Word>
-[[gnu::always_inline]] inline Word rotl(Word word, Word by)
-{
-    return word << (by & 31) | word >> (-by & 31);
-}
-template <typename Word>
-[[gnu::always_inline]] inline Word rotr(Word word, Word by)
-{
-    return word >> (by & 31) | word << (-by & 31);
-}
-
 // f(x) = x(2x + 1) rotated left by lg 32: what makes the rotation amounts depend on all bits of a word.
 template <typename Word>
 [[gnu::always_inline]] inline Word f(Word x)
@@ -29,8 +19,8 @@ template <typename Word>
 }
 
 // x: the words A, B, C, D of a block.
-template <typename Word>
-[[gnu::always_inline]] inline void decryptRounds(const std::uint32_t* S, Word (&x)[4])
+template <typename Word, typename Rotate>
+[[gnu::always_inline]] inline void decryptRounds(const std::uint32_t* S, Word (&x)[4], Rotate rotr)
 {
     Word A = x[0] - S[KEY_WORDS - 2], B = x[1], C = x[2] - S[KEY_WORDS - 1], D = x[3];
     for (std::uint32_t i = ROUNDS; i >= 1; --i) {

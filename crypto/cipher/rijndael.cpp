@@ -41,6 +41,7 @@ struct RijndaelSchedule
 {
     std::uint32_t encryption[4 * (MOST_ROUNDS + 1)];
     std::uint32_t decryption[4 * (MOST_ROUNDS + 1)]; // of the equivalent inverse cipher, in the order of their use
+    bool hasDecryption;                              // they are made when the first block is decrypted
     std::uint32_t rounds;
     const RijndaelTier* tier; // what does the rounds; null: the tables
 };
@@ -62,8 +63,13 @@ void expandKey(RijndaelSchedule& schedule, const std::uint8_t* key, std::uint32_
 {
     const std::uint32_t Nk = keyLength / 4;
     schedule.rounds = Nk + 6;
-    const std::uint32_t words = 4 * (schedule.rounds + 1);
+    schedule.hasDecryption = false;
     std::uint32_t* w = schedule.encryption;
+    if (schedule.tier) {
+        rijndaelExpandKeyAesni(w, key, keyLength);
+        return;
+    }
+    const std::uint32_t words = 4 * (schedule.rounds + 1);
     std::memcpy(w, key, keyLength);
     std::uint32_t rcon = 1;
     std::uint32_t temp = w[Nk - 1];
@@ -75,15 +81,23 @@ void expandKey(RijndaelSchedule& schedule, const std::uint8_t* key, std::uint32_
             temp = w[j] = w[j - Nk] ^ temp;
         }
     }
+}
+
+const std::uint32_t* decryptionKeys(RijndaelSchedule& schedule)
+{
+    if (schedule.hasDecryption) return schedule.decryption;
+    schedule.hasDecryption = true;
     if (schedule.tier) {
-        rijndaelInvertKeysAesni(schedule.decryption, w, schedule.rounds);
-        return;
+        rijndaelInvertKeysAesni(schedule.decryption, schedule.encryption, schedule.rounds);
+        return schedule.decryption;
     }
+    const std::uint32_t words = 4 * (schedule.rounds + 1);
     for (std::uint32_t i = 0; i < words; ++i) {
         const bool outer = i < 4 || i >= words - 4;
-        const std::uint32_t word = w[(words - 4 - i / 4 * 4) + i % 4];
+        const std::uint32_t word = schedule.encryption[(words - 4 - i / 4 * 4) + i % 4];
         schedule.decryption[i] = outer ? word : inverseMixColumn(word);
     }
+    return schedule.decryption;
 }
 
 // Column c of a round takes row r from column c + STEP * r: rows shift to the left by one column each in encryption
@@ -129,6 +143,7 @@ void transformBlock(const RowTables& table, const ByteBox& box, const std::uint3
 class cAlgRIJN final : public cSymAlg
 {
 public:
+    cAlgRIJN() noexcept {} // not defaulted, or the object would be zeroed first
     std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
     {
         *blockSize = 16;
@@ -151,12 +166,13 @@ public:
     {
         if (length < 0 || length % 16 != 0) return CRYPT_E_BAD_LENGTH;
         const RijndaelSchedule& key = *schedule;
+        const std::uint32_t* keys = decryptionKeys(*schedule);
         if (key.tier) {
-            key.tier->decrypt(key.decryption, key.rounds, in, out, static_cast<std::uint32_t>(length) / 16);
+            key.tier->decrypt(keys, key.rounds, in, out, static_cast<std::uint32_t>(length) / 16);
             return CRYPT_OK;
         }
-        return forEachBlock<16>(in, out, length, [&key](auto from, auto to) {
-            transformBlock<3>(inverseT, inverseS, key.decryption, key.rounds, from, to);
+        return forEachBlock<16>(in, out, length, [&](auto from, auto to) {
+            transformBlock<3>(inverseT, inverseS, keys, key.rounds, from, to);
         });
     }
 
@@ -164,37 +180,38 @@ public:
     void chooseTier() noexcept
     {
         static constexpr ChainedBlocks chained = {
-            [](const cSymAlg& self, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out,
-               std::uint32_t blocks) {
-                const RijndaelSchedule& key = scheduleOf(self);
-                rijndaelCbcEncryptAesni(key.encryption, key.rounds, chain, in, out, blocks);
-            },
-            [](const cSymAlg& self, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out,
-               std::uint32_t blocks) {
-                const RijndaelSchedule& key = scheduleOf(self);
-                key.tier->cbcDecrypt(key.decryption, key.rounds, chain, in, out, blocks);
-            },
-            [](const cSymAlg& self, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out,
-               std::uint32_t blocks) {
-                const RijndaelSchedule& key = scheduleOf(self);
-                rijndaelCfbEncryptAesni(key.encryption, key.rounds, chain, in, out, blocks);
-            },
-            [](const cSymAlg& self, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out,
-               std::uint32_t blocks) {
-                const RijndaelSchedule& key = scheduleOf(self);
-                key.tier->cfbDecrypt(key.encryption, key.rounds, chain, in, out, blocks);
-            },
+            chainBlocks<[](auto&) { return rijndaelCbcEncryptAesni; }, Keys::ENCRYPTION>,
+            chainBlocks<[](auto& key) { return key.tier->cbcDecrypt; }, Keys::DECRYPTION>,
+            chainBlocks<[](auto&) { return rijndaelCfbEncryptAesni; }, Keys::ENCRYPTION>,
+            chainBlocks<[](auto& key) { return key.tier->cfbDecrypt; }, Keys::ENCRYPTION>,
         };
-        const bool instructions = cpu::has(cpu::AES | cpu::SSE2);
-        schedule->tier = !instructions ? nullptr : cpu::has(cpu::VAES) ? &rijndaelVaes : &rijndaelAesni;
+        const std::uint32_t features = cpu::featuresInUse(); // asked once: keys are often made for a block or two
+        const auto has = [features](std::uint32_t needed) { return (features & needed) == needed; };
+        const bool instructions = has(cpu::AES | cpu::SSE2);
+        schedule->tier = !instructions                  ? nullptr
+                         : has(cpu::VAES | cpu::AVX512) ? &rijndaelVaes512
+                         : has(cpu::VAES)               ? &rijndaelVaes
+                                                        : &rijndaelAesni;
         if (instructions) chainedBlocks_ = &chained;
     }
-    static const RijndaelSchedule& scheduleOf(const cSymAlg& self)
-    {
-        return *static_cast<const cAlgRIJN&>(self).schedule;
-    }
+    static RijndaelSchedule& scheduleOf(const cSymAlg& self) { return *static_cast<const cAlgRIJN&>(self).schedule; }
 
     ScheduleOwner<RijndaelSchedule> schedule;
+
+private:
+    enum class Keys
+    {
+        ENCRYPTION,
+        DECRYPTION,
+    };
+    template <auto ROUTINE_OF, Keys KEYS>
+    static void chainBlocks(const cSymAlg& self, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out,
+                            std::uint32_t blocks)
+    {
+        RijndaelSchedule& key = scheduleOf(self);
+        const std::uint32_t* keys = KEYS == Keys::DECRYPTION ? decryptionKeys(key) : key.encryption;
+        ROUTINE_OF(key)(keys, key.rounds, chain, in, out, blocks);
+    }
 };
 
 const RijndaelTier* rijndaelTier(const cSymAlg& rijndael) noexcept

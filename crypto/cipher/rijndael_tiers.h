@@ -24,12 +24,15 @@ struct RijndaelTier
     RijndaelChained* cbcDecrypt;
     RijndaelChained* cfbDecrypt;
 };
-extern const RijndaelTier rijndaelAesni; // a block a register; needs cpu::AES and SSE2
-extern const RijndaelTier rijndaelVaes;  // two blocks a register; needs cpu::VAES besides
+extern const RijndaelTier rijndaelAesni;   // a block a register; needs cpu::AES and SSE2
+extern const RijndaelTier rijndaelVaes;    // two blocks a register; needs cpu::VAES besides
+extern const RijndaelTier rijndaelVaes512; // four blocks a register; needs cpu::AVX512 besides
 
 // What is done block by block, on either tier.
 RijndaelChained rijndaelCbcEncryptAesni;
 RijndaelChained rijndaelCfbEncryptAesni;
+// The round keys of encryption; keyLength is 16, 24 or 32 bytes. There is room for those of the longest key.
+void rijndaelExpandKeyAesni(std::uint32_t* keys, const std::uint8_t* key, std::uint32_t keyLength);
 // The round keys of decryption from those of encryption.
 void rijndaelInvertKeysAesni(std::uint32_t* decryption, const std::uint32_t* encryption, std::uint32_t rounds);
 

@@ -95,7 +95,9 @@ cSymAlg* createSerpent(const std::uint8_t* key, std::uint32_t keyLength)
     auto cipher = newCipher<cAlgSerpent>(0u);
     if (cipher) {
         expandKey(*cipher->schedule, padded.data());
-        cipher->schedule->decryptWide = cpu::has(cpu::AVX2) ? serpentDecryptAvx2 : nullptr;
+        cipher->schedule->decryptWide = cpu::has(cpu::AVX512) ? serpentDecryptAvx512
+                                        : cpu::has(cpu::AVX2) ? serpentDecryptAvx2
+                                                              : nullptr;
     }
     return cipher.release();
 }

@@ -1,13 +1,13 @@
 // Serpent on eight blocks side by side: compiled with flags of its own.
 #include "crypto/cipher/serpent_rounds.h"
-#include "crypto/cipher/wide_avx2.h"
+#include "crypto/cipher/wide_words.h"
 
 namespace toolbelt {
 
 std::uint32_t serpentDecryptAvx2(const void* keys, const std::uint8_t* in, std::uint8_t* out, std::uint32_t blocks)
 {
     const auto* const K = static_cast<const SerpentKey*>(keys);
-    return transformWide16(in, out, blocks, [K](Words(&x)[4]) { decryptRounds(K, x); });
+    return transformWide<1, 4>(in, out, blocks, [K](Words(&x)[1][4]) { decryptRounds(K, x[0]); });
 }
 
 } // namespace toolbelt

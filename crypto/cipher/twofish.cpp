@@ -47,15 +47,20 @@ constexpr ByteBox q1 = makeQ(nibbles[1]);
 
 using Table = std::array<std::uint32_t, 256>;
 
-// What an input byte adds to the product with the MDS matrix, one table a column of the matrix.
+// The byte permutations of each position of h, the last one behind: q1 or q0.
+constexpr bool isQ1[4][5] = {{1, 1, 0, 0, 1}, {0, 1, 1, 0, 0}, {0, 0, 0, 1, 1}, {1, 0, 1, 1, 0}};
+
+// The last permutation of a position, and what its byte adds to the product with the MDS matrix.
 constexpr std::array<Table, 4> mds = [] {
     constexpr std::uint8_t matrix[4][4] = {
         {0x01, 0xEF, 0x5B, 0x5B}, {0x5B, 0xEF, 0xEF, 0x01}, {0xEF, 0x5B, 0x01, 0xEF}, {0xEF, 0x01, 0xEF, 0x5B}};
     std::array<Table, 4> tables = {};
     for (std::uint32_t column = 0; column < 4; ++column)
         for (std::uint32_t x = 0; x < 256; ++x)
-            for (std::uint32_t row = 0; row < 4; ++row)
-                tables[column][x] |= std::uint32_t(gfMultiply(x, matrix[row][column], MDS_POLYNOMIAL)) << 8 * row;
+            for (std::uint32_t row = 0; row < 4; ++row) {
+                const std::uint8_t last = (isQ1[column][4] ? q1 : q0)[x];
+                tables[column][x] |= std::uint32_t(gfMultiply(last, matrix[row][column], MDS_POLYNOMIAL)) << 8 * row;
+            }
     return tables;
 }();
 
@@ -70,13 +75,9 @@ struct TwofishSchedule
 template <std::uint32_t COLUMN>
 [[gnu::always_inline]] inline std::uint32_t hByte(std::uint32_t x, const std::uint32_t (&L)[4])
 {
-    constexpr bool SECOND[4][5] = {{1, 1, 0, 0, 1}, {0, 1, 1, 0, 0}, {0, 0, 0, 1, 1}, {1, 0, 1, 1, 0}}; // q1, not q0
-    const auto byteOf = [](std::uint32_t word) { return word >> 8 * COLUMN & 255; };
-    x = (SECOND[COLUMN][0] ? q1 : q0)[x] ^ byteOf(L[3]);
-    x = (SECOND[COLUMN][1] ? q1 : q0)[x] ^ byteOf(L[2]);
-    x = (SECOND[COLUMN][2] ? q1 : q0)[x] ^ byteOf(L[1]);
-    x = (SECOND[COLUMN][3] ? q1 : q0)[x] ^ byteOf(L[0]);
-    return mds[COLUMN][(SECOND[COLUMN][4] ? q1 : q0)[x]];
+#pragma GCC unroll 4
+    for (std::uint32_t i = 0; i < 4; ++i) x = (isQ1[COLUMN][i] ? q1 : q0)[x] ^ (L[3 - i] >> 8 * COLUMN & 255);
+    return mds[COLUMN][x];
 }
 
 std::uint32_t h(std::uint32_t byte, const std::uint32_t (&L)[4])
@@ -84,17 +85,25 @@ std::uint32_t h(std::uint32_t byte, const std::uint32_t (&L)[4])
     return hByte<0>(byte, L) ^ hByte<1>(byte, L) ^ hByte<2>(byte, L) ^ hByte<3>(byte, L);
 }
 
-// A word of the S-box key: eight bytes of the key times the Reed-Solomon matrix.
+template <std::uint32_t COLUMN>
+void fillTable(Table& table, const std::uint32_t (&S)[4])
+{
+    const std::uint32_t L[4] = {S[0], S[1], S[2], S[3]}; // no store to the table can change these: kept in registers
+    for (std::uint32_t x = 0; x < 256; ++x) table[x] = hByte<COLUMN>(x, L);
+}
+
+// A word of the S-box key: eight bytes of the key times the Reed-Solomon matrix, which is the remainder that they
+// leave, as a polynomial with the last byte in front, modulo x^4 + (a + 1/a) x^3 + a x^2 + (a + 1/a) x + 1 with a = 2.
 std::uint32_t rsWord(const std::uint8_t* m)
 {
-    constexpr std::uint8_t RS[4][8] = {{0x01, 0xA4, 0x55, 0x87, 0x5A, 0x58, 0xDB, 0x9E},
-                                       {0xA4, 0x56, 0x82, 0xF3, 0x1E, 0xC6, 0x68, 0xE5},
-                                       {0x02, 0xA1, 0xFC, 0xC1, 0x47, 0xAE, 0x3D, 0x19},
-                                       {0xA4, 0x55, 0x87, 0x5A, 0x58, 0xDB, 0x9E, 0x03}};
-    std::uint32_t word = 0;
-    for (std::uint32_t row = 0; row < 4; ++row)
-        for (std::uint32_t i = 0; i < 8; ++i)
-            word ^= std::uint32_t(gfMultiply(m[i], RS[row][i], RS_POLYNOMIAL)) << 8 * row;
+    std::uint32_t word = load32le(m + 4);
+    for (int i = 0; i < 8; ++i) {
+        const std::uint32_t lead = word >> 24;
+        const std::uint32_t twice = lead << 1 ^ (lead & 0x80 ? RS_POLYNOMIAL : 0);
+        const std::uint32_t both = lead >> 1 ^ (lead & 1 ? RS_POLYNOMIAL >> 1 : 0) ^ twice;
+        word = word << 8 ^ both << 24 ^ twice << 16 ^ both << 8 ^ lead;
+        if (i == 3) word ^= load32le(m);
+    }
     return word;
 }
 
@@ -114,12 +123,10 @@ void expandKey(TwofishSchedule& schedule, const std::uint8_t* key)
         schedule.K[2 * i] = A + B;
         schedule.K[2 * i + 1] = std::rotl(A + 2 * B, 9);
     }
-    for (std::uint32_t x = 0; x < 256; ++x) {
-        schedule.s[0][x] = hByte<0>(x, Sg);
-        schedule.s[1][x] = hByte<1>(x, Sg);
-        schedule.s[2][x] = hByte<2>(x, Sg);
-        schedule.s[3][x] = hByte<3>(x, Sg);
-    }
+    fillTable<0>(schedule.s[0], Sg);
+    fillTable<1>(schedule.s[1], Sg);
+    fillTable<2>(schedule.s[2], Sg);
+    fillTable<3>(schedule.s[3], Sg);
 }
 
 std::uint32_t g(const TwofishSchedule& key, std::uint32_t x)

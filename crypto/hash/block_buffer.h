@@ -38,7 +38,8 @@ struct CountedBuffer : BlockBuffer<State, BLOCK>
 template <typename State>
 using Compress = void(State& state, const std::uint8_t* blocks, std::uint32_t count);
 
-// The context of a digest whose routine depends on the processor; chosen when the object is built, kept by a reset.
+// The context of a digest whose routine depends on the processor. The routine is chosen before the first reset, when
+// the object is built, and a reset keeps it: every other routine of the context calls it.
 template <typename Buffer>
 struct TieredBuffer : Buffer
 {
@@ -76,7 +77,7 @@ void absorb(BlockBuffer<State, BLOCK>& buffer, const std::uint8_t* data, std::ui
         data += blocks * BLOCK;
         length -= blocks * BLOCK;
     }
-    std::memcpy(buffer.block, data, length);
+    if (length != 0) std::memcpy(buffer.block, data, length);
     buffer.used = length;
 }
 

@@ -6,6 +6,7 @@
 
 #include "crypto/base/bytes.h"
 #include "crypto/base/cpu.h"
+#include "crypto/base/dead_stack.h"
 #include "crypto/hash/keccak512_tables.h"
 #include "crypto/hash/unroll.h"
 
@@ -59,7 +60,9 @@ void keccak512Absorb(KeccakState& lanes, const std::uint8_t* blocks, std::uint32
 
 void keccak512Choose(Keccak512Context* context)
 {
-    context->absorb = cpu::has(cpu::SSE2) ? keccak512AbsorbSse2 : keccak512Absorb;
+    context->absorb = cpu::has(cpu::AVX512) ? keccak512AbsorbAvx512
+                      : cpu::has(cpu::SSE2) ? keccak512AbsorbSse2
+                                            : keccak512Absorb;
 }
 
 Status keccak512Reset(Keccak512Context* context)
@@ -76,6 +79,7 @@ Status keccak512Update(Keccak512Context* context, const std::uint8_t* data, std:
     const std::uint32_t rest = length % RATE;
     if (blocks != 0) {
         context->absorb(context->lanes, data, blocks);
+        wipeDeadStack(); // lanes that found no register
         if (rest == 0) return CRYPT_OK;
     }
     std::uint8_t last[RATE] = {};
@@ -86,6 +90,7 @@ Status keccak512Update(Keccak512Context* context, const std::uint8_t* data, std:
     // 0x81: digests made before depend on it.
     if (rest != RATE - 1) last[RATE - 1] = 0x80;
     context->absorb(context->lanes, last, 1);
+    wipeDeadStack();
     return CRYPT_OK;
 }
 

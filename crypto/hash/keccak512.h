@@ -24,7 +24,8 @@ static_assert(sizeof(KeccakState) == 200);
 
 // Absorbs count blocks of 72 bytes.
 void keccak512Absorb(KeccakState& lanes, const std::uint8_t* blocks, std::uint32_t count);
-void keccak512AbsorbSse2(KeccakState& lanes, const std::uint8_t* blocks, std::uint32_t count); // needs cpu::SSE2
+void keccak512AbsorbSse2(KeccakState& lanes, const std::uint8_t* blocks, std::uint32_t count);   // needs cpu::SSE2
+void keccak512AbsorbAvx512(KeccakState& lanes, const std::uint8_t* blocks, std::uint32_t count); // needs cpu::AVX512
 void keccak512Choose(Keccak512Context* context);
 
 // Each returns CRYPT_E_NULL_CONTEXT, and does nothing, when it is given no context.

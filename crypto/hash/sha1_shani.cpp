@@ -11,16 +11,20 @@ void sha1CompressShani(Sha1State& state, const std::uint8_t* blocks, std::uint32
 {
     // Sixteen bytes as four big-endian words, the first one in the highest lane.
     const __m128i reversed = _mm_set_epi64x(0x0001020304050607, 0x08090A0B0C0D0E0F);
-    __m128i abcd = _mm_loadu_si128(reinterpret_cast<const __m128i*>(state.data()));
-    abcd = _mm_shuffle_epi32(abcd, 0x1B);
+    auto* const words = reinterpret_cast<__m128i*>(state.data());
+    __m128i abcd = _mm_shuffle_epi32(_mm_loadu_si128(words), 0x1B);
     __m128i e = _mm_set_epi32(static_cast<int>(state[4]), 0, 0, 0);
     for (; count != 0; --count, blocks += 64) {
-        const __m128i abcdBefore = abcd;
-        const __m128i eBefore = e;
+        // The state as it is before the block waits in memory.
+        __m128i eBefore;
+        _mm_storeu_si128(words, abcd);
+        _mm_store_si128(&eBefore, e);
         __m128i w[4]; // the last 16 words of the schedule, in a ring
         unroll<20>([&]<std::uint32_t I>() __attribute__((always_inline)) {
             __m128i& now = w[I % 4];
             if constexpr (I < 4) {
+                // No word is loaded earlier than it is needed: so the registers suffice.
+                __asm__("" : "+x"(abcd), "+x"(e), "+m"(eBefore) : : "memory");
                 now = _mm_loadu_si128(reinterpret_cast<const __m128i*>(blocks) + I);
                 now = _mm_shuffle_epi8(now, reversed);
             } else {
@@ -32,10 +36,9 @@ void sha1CompressShani(Sha1State& state, const std::uint8_t* blocks, std::uint32
             abcd = _mm_sha1rnds4_epu32(abcd, added, I / 5);
         });
         e = _mm_sha1nexte_epu32(e, eBefore);
-        abcd = _mm_add_epi32(abcd, abcdBefore);
+        abcd = _mm_add_epi32(abcd, _mm_loadu_si128(words));
     }
-    abcd = _mm_shuffle_epi32(abcd, 0x1B);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(state.data()), abcd);
+    _mm_storeu_si128(words, _mm_shuffle_epi32(abcd, 0x1B));
     state[4] = static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_shuffle_epi32(e, 0xFF)));
 }
 

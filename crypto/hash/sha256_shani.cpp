@@ -16,10 +16,10 @@ void sha256CompressShani(Sha256State& state, const std::uint8_t* blocks, std::ui
     const __m128i fehg = _mm_shuffle_epi32(_mm_loadu_si128(halves + 1), 0xB1);
     __m128i abef = _mm_unpacklo_epi64(fehg, badc);
     __m128i cdgh = _mm_unpackhi_epi64(fehg, badc);
-    __m128i before[2]; // in memory, for want of registers
     for (; count != 0; --count, blocks += 64) {
-        _mm_store_si128(&before[0], abef);
-        _mm_store_si128(&before[1], cdgh);
+        // The state as it is before the block waits where it belongs, so that the stack sees nothing of it.
+        _mm_storeu_si128(halves, abef);
+        _mm_storeu_si128(halves + 1, cdgh);
         // Opaque here, or all constants would be copied to the stack before the loop.
         const auto* constants = reinterpret_cast<const __m128i*>(SHA256_CONSTANTS.data());
         __asm__("" : "+r"(constants));
@@ -27,6 +27,9 @@ void sha256CompressShani(Sha256State& state, const std::uint8_t* blocks, std::ui
         unroll<16>([&]<std::uint32_t I>() __attribute__((always_inline)) {
             __m128i& now = w[I % 4];
             if constexpr (I < 4) {
+                // No word is loaded earlier than it is needed: so the registers suffice, and none is put by on the
+                // stack.
+                __asm__("" : "+x"(abef), "+x"(cdgh) : : "memory");
                 now = _mm_loadu_si128(reinterpret_cast<const __m128i*>(blocks) + I);
                 now = _mm_shuffle_epi8(now, bigEndian);
             } else {
@@ -39,10 +42,9 @@ void sha256CompressShani(Sha256State& state, const std::uint8_t* blocks, std::ui
             cdgh = _mm_sha256rnds2_epu32(cdgh, abef, added);
             abef = _mm_sha256rnds2_epu32(abef, cdgh, _mm_shuffle_epi32(added, 0x0E));
         });
-        abef = _mm_add_epi32(abef, _mm_load_si128(&before[0]));
-        cdgh = _mm_add_epi32(cdgh, _mm_load_si128(&before[1]));
+        abef = _mm_add_epi32(abef, _mm_loadu_si128(halves));
+        cdgh = _mm_add_epi32(cdgh, _mm_loadu_si128(halves + 1));
     }
-    wipe(before, sizeof before);
     _mm_storeu_si128(halves, _mm_shuffle_epi32(_mm_unpackhi_epi64(abef, cdgh), 0xB1));
     _mm_storeu_si128(halves + 1, _mm_shuffle_epi32(_mm_unpacklo_epi64(abef, cdgh), 0xB1));
 }

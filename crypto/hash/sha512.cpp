@@ -45,7 +45,9 @@ void sha512Compress(Sha512State& state, const std::uint8_t* blocks, std::uint32_
 
 void sha512Choose(Sha512Context* context)
 {
-    context->compress = cpu::has(cpu::AVX2) ? sha512CompressAvx2 : sha512Compress;
+    context->compress = cpu::has(cpu::AVX512) ? sha512CompressAvx512
+                        : cpu::has(cpu::AVX2) ? sha512CompressAvx2
+                                              : sha512Compress;
 }
 
 Status sha512Reset(Sha512Context* context)

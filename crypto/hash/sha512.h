@@ -12,7 +12,8 @@ using Sha512State = std::array<std::uint64_t, 8>;
 using Sha512Context = TieredBuffer<CountedBuffer<Sha512State, 128, CountUnit::BYTES>>;
 
 void sha512Compress(Sha512State& state, const std::uint8_t* blocks, std::uint32_t count);
-void sha512CompressAvx2(Sha512State& state, const std::uint8_t* blocks, std::uint32_t count); // needs cpu::AVX2
+void sha512CompressAvx2(Sha512State& state, const std::uint8_t* blocks, std::uint32_t count);   // needs cpu::AVX2
+void sha512CompressAvx512(Sha512State& state, const std::uint8_t* blocks, std::uint32_t count); // needs cpu::AVX512
 void sha512Choose(Sha512Context* context);
 
 Status sha512Reset(Sha512Context* context);

@@ -3,6 +3,7 @@
 // register holds a word of each: a and e, b and f, c and g, d and h. Only AVX2 rotates its halves by different amounts.
 #include <immintrin.h>
 
+#include "crypto/base/dead_stack.h"
 #include "crypto/hash/sha2_constants.h"
 #include "crypto/hash/sha512.h"
 #include "crypto/hash/unroll.h"
@@ -47,9 +48,7 @@ template <int BY>
     dh = _mm_add_epi64(_mm_unpacklo_epi64(mixed, dh), _mm_unpackhi_epi64(all, all));
 }
 
-} // namespace
-
-void sha512CompressAvx2(Sha512State& state, const std::uint8_t* blocks, std::uint32_t count)
+[[gnu::noinline]] void takeBlocks(Sha512State& state, const std::uint8_t* blocks, std::uint32_t count)
 {
     const __m128i bigEndian = _mm_set_epi64x(0x08090A0B0C0D0E0F, 0x0001020304050607);
     __m128i chain[4]; // the state as steps want it
@@ -87,8 +86,14 @@ void sha512CompressAvx2(Sha512State& state, const std::uint8_t* blocks, std::uin
         _mm_storel_epi64(reinterpret_cast<__m128i*>(&state[i]), chain[i]);
         _mm_storel_epi64(reinterpret_cast<__m128i*>(&state[i + 4]), _mm_unpackhi_epi64(chain[i], chain[i]));
     }
-    wipe(chain, sizeof chain);
-    wipe(w, sizeof w);
+}
+
+} // namespace
+
+void sha512CompressAvx2(Sha512State& state, const std::uint8_t* blocks, std::uint32_t count)
+{
+    takeBlocks(state, blocks, count);
+    wipeDeadStack();
 }
 
 } // namespace toolbelt

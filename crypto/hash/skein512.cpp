@@ -136,7 +136,9 @@ static void compressLast(Skein512Context& context, std::uint32_t bytes)
 
 void skein512Choose(Skein512Context* context)
 {
-    context->compress = cpu::has(cpu::AVX2) ? skein512CompressAvx2 : skein512Compress;
+    context->compress = cpu::has(cpu::AVX512) ? skein512CompressAvx512
+                        : cpu::has(cpu::AVX2) ? skein512CompressAvx2
+                                              : skein512Compress;
 }
 
 Status skein512Reset(Skein512Context* context)

@@ -18,7 +18,8 @@ using Skein512Context = TieredBuffer<BlockBuffer<Skein512State, 64>>;
 
 // Each block brings 64 bytes, and a position that is behind by as much is counted up.
 void skein512Compress(Skein512State& state, const std::uint8_t* blocks, std::uint32_t count);
-void skein512CompressAvx2(Skein512State& state, const std::uint8_t* blocks, std::uint32_t count); // needs cpu::AVX2
+void skein512CompressAvx2(Skein512State& state, const std::uint8_t* blocks, std::uint32_t count);   // needs cpu::AVX2
+void skein512CompressAvx512(Skein512State& state, const std::uint8_t* blocks, std::uint32_t count); // needs cpu::AVX512
 void skein512Choose(Skein512Context* context);
 
 // Each returns CRYPT_E_NULL_CONTEXT, and does nothing, when it is given no context.

@@ -13,49 +13,19 @@
 namespace toolbelt {
 namespace {
 
-// The substitution box: two layers of 4-bit boxes E, its inverse, and R.
-constexpr std::array<std::uint8_t, 256> makeBox()
-{
-    constexpr std::uint8_t E[16] = {1, 11, 9, 12, 13, 6, 15, 3, 14, 8, 7, 4, 10, 2, 5, 0};
-    constexpr std::uint8_t R[16] = {7, 12, 11, 13, 14, 4, 9, 15, 6, 3, 8, 10, 2, 5, 1, 0};
-    std::uint8_t inverse[16] = {};
-    for (std::uint8_t i = 0; i < 16; ++i) inverse[E[i]] = i;
-    std::array<std::uint8_t, 256> box = {};
-    for (std::uint32_t i = 0; i < 256; ++i) {
-        const std::uint32_t high = E[i / 16];
-        const std::uint32_t low = inverse[i % 16];
-        const std::uint32_t middle = R[high ^ low];
-        box[i] = static_cast<std::uint8_t>(E[high ^ middle] << 4 | inverse[low ^ middle]);
-    }
-    return box;
-}
-
-// Product in GF(2^8) modulo x^8 + x^4 + x^3 + x^2 + 1.
-constexpr std::uint32_t multiply(std::uint32_t a, std::uint32_t b)
-{
-    std::uint32_t product = 0;
-    for (; b != 0; b >>= 1) {
-        if (b & 1) product ^= a;
-        a = a << 1 ^ (a & 0x80 ? 0x11D : 0);
-    }
-    return product;
-}
-
-constexpr std::array<std::uint8_t, 256> BOX = makeBox();
-
 // What a byte adds is S(x) times the circulant row of the diffusion matrix, turned by the column. The constants are the
 // box itself, eight bytes a round.
-constexpr WhirlpoolTables makeTables()
+consteval WhirlpoolTables makeTables()
 {
-    constexpr std::uint8_t CIRCULANT[8] = {1, 1, 4, 1, 8, 5, 2, 9};
     WhirlpoolTables tables = {};
     for (std::uint32_t x = 0; x < 256; ++x) {
         std::uint64_t row = 0;
-        for (std::uint8_t factor : CIRCULANT) row = row << 8 | multiply(BOX[x], factor);
+        for (const std::uint8_t factor : WHIRLPOOL_CIRCULANT)
+            row = row << 8 | whirlpoolMultiply(whirlpoolBox(x), factor);
         for (std::uint32_t column = 0; column < 8; ++column) tables.rows[column][x] = std::rotr(row, 8 * int(column));
     }
     for (std::uint32_t i = 0; i < 8 * WHIRLPOOL_ROUNDS; ++i)
-        tables.constants[i / 8] = tables.constants[i / 8] << 8 | BOX[i];
+        tables.constants[i / 8] = tables.constants[i / 8] << 8 | whirlpoolBox(i);
     return tables;
 }
 
@@ -107,7 +77,9 @@ void whirlpoolCompress(WhirlpoolState& state, const std::uint8_t* blocks, std::u
 
 void whirlpoolChoose(WhirlpoolContext* context)
 {
-    context->compress = cpu::has(cpu::SSE2) ? whirlpoolCompressSse2 : whirlpoolCompress;
+    context->compress = cpu::has(cpu::AVX2)   ? whirlpoolCompressAvx2
+                        : cpu::has(cpu::SSE2) ? whirlpoolCompressSse2
+                                              : whirlpoolCompress;
 }
 
 Status whirlpoolReset(WhirlpoolContext* context)

@@ -14,6 +14,7 @@ using WhirlpoolContext = TieredBuffer<CountedBuffer<WhirlpoolState, 64, CountUni
 
 void whirlpoolCompress(WhirlpoolState& state, const std::uint8_t* blocks, std::uint32_t count);
 void whirlpoolCompressSse2(WhirlpoolState& state, const std::uint8_t* blocks, std::uint32_t count); // needs cpu::SSE2
+void whirlpoolCompressAvx2(WhirlpoolState& state, const std::uint8_t* blocks, std::uint32_t count); // needs cpu::AVX2
 void whirlpoolChoose(WhirlpoolContext* context);
 
 // Each returns CRYPT_E_NULL_CONTEXT, and does nothing, when it is given no context.

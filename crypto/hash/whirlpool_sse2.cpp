@@ -2,6 +2,7 @@
 // general registers of 32-bit code do not: compiled with flags of its own.
 #include <emmintrin.h>
 
+#include "crypto/base/dead_stack.h"
 #include "crypto/hash/unroll.h"
 #include "crypto/hash/whirlpool.h"
 #include "crypto/hash/whirlpool_tables.h"
@@ -29,9 +30,7 @@ namespace {
     });
 }
 
-} // namespace
-
-void whirlpoolCompressSse2(WhirlpoolState& state, const std::uint8_t* blocks, std::uint32_t count)
+[[gnu::noinline]] void takeBlocks(WhirlpoolState& state, const std::uint8_t* blocks, std::uint32_t count)
 {
     struct
     {
@@ -55,7 +54,14 @@ void whirlpoolCompressSse2(WhirlpoolState& state, const std::uint8_t* blocks, st
         }
         for (std::uint32_t i = 0; i < 8; ++i) state[i] ^= work.cipher[WHIRLPOOL_ROUNDS % 2][i];
     }
-    wipe(&work, sizeof work);
+}
+
+} // namespace
+
+void whirlpoolCompressSse2(WhirlpoolState& state, const std::uint8_t* blocks, std::uint32_t count)
+{
+    takeBlocks(state, blocks, count);
+    wipeDeadStack();
 }
 
 } // namespace toolbelt

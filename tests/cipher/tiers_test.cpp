@@ -1,5 +1,6 @@
 // Processor features, and the routines of a cipher against each other.
 #include "crypto/cipher/rijndael_tiers.h"
+#include "crypto/cipher/wide.h"
 #include "tests/cipher/cipher_support.h"
 
 namespace toolbelt::test {
@@ -17,7 +18,8 @@ TEST(CpuFeatures, AreThoseThatTheCompilerFindsAndCanBeLimited)
         {cpu::AVX512, __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
                           __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl")},
         {cpu::IFMA, __builtin_cpu_supports("avx512ifma")},
-        {cpu::VAES, __builtin_cpu_supports("vaes") && __builtin_cpu_supports("avx2")}};
+        {cpu::VAES, __builtin_cpu_supports("vaes") && __builtin_cpu_supports("avx2")},
+        {cpu::VBMI, __builtin_cpu_supports("avx512vbmi")}};
     for (const auto& [bit, isThere] : features) EXPECT_EQ((detected & bit) != 0, isThere) << bit;
 
     char text[64];
@@ -42,8 +44,14 @@ TEST(CipherTiers, GiveTheSameForEveryNumberOfBlocksInEveryMode)
     {
         std::int32_t id;
         std::uint32_t keyLength;
-    } ciphers[] = {{9, 16}, {9, 24}, {9, 32}, {1, 16}, {0x85, 32}, {0x87, 32}, {0x89, 32}};
-    for (const std::uint32_t features : featureSteps())
+    } ciphers[] = {{9, 16},    {9, 24},  {9, 32},  {1, 16},  {0x85, 32}, {0x87, 32},
+                   {0x89, 32}, {26, 16}, {28, 32}, {11, 16}, {13, 32}};
+    // And AES instructions on the narrower registers, where the wider ones would serve.
+    std::vector<std::uint32_t> steps = featureSteps();
+    steps.push_back(cpu::detectedFeatures() & ~cpu::AVX512);
+    std::vector<std::size_t> sizes = {48, 64, 70, 600};
+    for (std::size_t blocks = 0; blocks <= 40; ++blocks) sizes.push_back(blocks);
+    for (const std::uint32_t features : steps)
         for (const auto& [id, keyLength] : ciphers) {
             const std::uint32_t size = rowOf(id).blockSize();
             const Bytes key = randomBytes(keyLength, 30 + keyLength), iv = randomBytes(size, 34);
@@ -56,11 +64,12 @@ TEST(CipherTiers, GiveTheSameForEveryNumberOfBlocksInEveryMode)
             if (id == 9) {
                 ASSERT_EQ(rijndaelTier(*portable), nullptr);
                 const bool instructions = cpu::has(cpu::AES | cpu::SSE2);
-                EXPECT_EQ(rijndaelTier(*fast), !instructions         ? nullptr
-                                               : cpu::has(cpu::VAES) ? &rijndaelVaes
-                                                                     : &rijndaelAesni);
+                EXPECT_EQ(rijndaelTier(*fast), !instructions                       ? nullptr
+                                               : cpu::has(cpu::VAES | cpu::AVX512) ? &rijndaelVaes512
+                                               : cpu::has(cpu::VAES)               ? &rijndaelVaes
+                                                                                   : &rijndaelAesni);
             }
-            for (std::size_t blocks = 0; blocks <= 40; ++blocks) {
+            for (const std::size_t blocks : sizes) {
                 SCOPED_TRACE(testing::Message() << "cipher " << id << ", " << blocks << " blocks, " << features);
                 const Bytes in = randomBytes(size * blocks, 31);
                 ASSERT_EQ(ecb(*fast, true, in), ecb(*portable, true, in));
@@ -78,6 +87,45 @@ TEST(CipherTiers, GiveTheSameForEveryNumberOfBlocksInEveryMode)
                     }
             }
         }
+}
+
+// A wide twin takes whole registers of blocks, touches none of the others, and does what a narrower one does.
+TEST(CipherTiers, TakeAsManyBlocksAsTheyCanSideBySide)
+{
+    struct Twin
+    {
+        WideBlocks* routine;
+        std::uint32_t features, blocks;
+    };
+    const struct
+    {
+        std::uint32_t size, keyBytes;
+        std::vector<Twin> twins;
+    } ciphers[] = {
+        {8, 32, {{gostDecryptAvx2, cpu::AVX2, 8}, {gostDecryptAvx512, cpu::AVX512 | cpu::VBMI, 16}}},
+        {8, 104, {{ideaTransformAvx2, cpu::AVX2, 16}, {ideaTransformAvx512, cpu::AVX512, 32}}},
+        {16, 176, {{rc6DecryptAvx2, cpu::AVX2, 8}, {rc6DecryptAvx512, cpu::AVX512, 16}}},
+        {16, 528, {{serpentDecryptAvx2, cpu::AVX2, 8}, {serpentDecryptAvx512, cpu::AVX512, 16}}},
+    };
+    for (const auto& [size, keyBytes, twins] : ciphers) {
+        const Bytes keys = randomBytes(keyBytes, 40);
+        for (std::uint32_t blocks = 0; blocks <= 70; ++blocks) {
+            const Bytes in = randomBytes(size * blocks, 41);
+            Bytes narrow;
+            for (const Twin& twin : twins) {
+                if (!cpu::has(twin.features)) continue;
+                SCOPED_TRACE(testing::Message() << size << " by " << twin.blocks << ", " << blocks << " blocks");
+                Bytes out = in;
+                const std::uint32_t done = twin.routine(keys.data(), out.data(), out.data(), blocks);
+                ASSERT_EQ(done, blocks / twin.blocks * twin.blocks);
+                const auto behind = static_cast<std::ptrdiff_t>(done * size);
+                ASSERT_TRUE(std::equal(out.begin() + behind, out.end(), in.begin() + behind));
+                const std::size_t both = narrow.empty() ? 0 : done * size;
+                ASSERT_TRUE(std::equal(out.data(), out.data() + both, narrow.data()));
+                narrow = out;
+            }
+        }
+    }
 }
 
 } // namespace

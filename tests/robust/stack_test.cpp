@@ -5,12 +5,17 @@
 
 #include "crypto/bignum/modular.h"
 #include "crypto/encoding/base64.h"
-#include "crypto/hash/hash.h"
+#include "crypto/hash/keccak512.h"
+#include "crypto/hash/sha256.h"
+#include "crypto/hash/sha512.h"
+#include "crypto/hash/skein512.h"
+#include "crypto/hash/whirlpool.h"
 #include "crypto/pka/rsa_generate.h"
 #include "tests/cipher/cipher_support.h"
 #include "tests/pka/keys.h"
 #include "tests/robust/operations.h"
 #include "tests/support/one_worker.h"
+#include "tests/support/tiers.h"
 
 namespace toolbelt::test {
 namespace {
@@ -147,6 +152,45 @@ TEST_F(Stack, CiphersAndDigests)
     }
 }
 
+// The chaining value before a block and behind it, as words in order and two by two the other way round.
+template <typename Context, typename Base, typename State>
+void expectNoState(const std::string& name, std::uint32_t blockSize, void (*choose)(Context*),
+                   Status (*reset)(Context*), Status (*update)(Context*, const std::uint8_t*, std::uint32_t),
+                   State Base::*state)
+{
+    const Bytes start = randomBytes(64, 11), block = randomBytes(blockSize, 12);
+    Context context;
+    choose(&context);
+    const auto run = [&] { (void)update(&context, block.data(), blockSize); };
+    const auto restart = [&] {
+        (void)reset(&context);
+        std::memcpy(&(context.*state), start.data(), std::min(sizeof(State), start.size()));
+    };
+    restart(), run();
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(&(context.*state));
+    const Bytes values = join({start, Bytes(bytes, bytes + std::min(sizeof(State), start.size()))});
+    Bytes exchanged = values;
+    for (std::size_t i = 0; i < values.size(); ++i) exchanged[i ^ 4] = values[i];
+    restart();
+    expectNothing(name, leftBy({values, exchanged}, run));
+}
+
+TEST_F(Stack, ChainingValues)
+{
+    for (const std::uint32_t features : featureSteps()) {
+        cpu::limitFeatures(features);
+        const std::string with = " with " + std::to_string(features);
+        expectNoState("SHA-256" + with, 64, sha256Choose, sha256Reset, sha256Update, &Sha256Context::state);
+        expectNoState("SHA-512" + with, 128, sha512Choose, sha512Reset, sha512Update, &Sha512Context::state);
+        expectNoState("Whirlpool" + with, 64, whirlpoolChoose, whirlpoolReset, whirlpoolUpdate,
+                      &WhirlpoolContext::state);
+        expectNoState("Keccak-512" + with, 72, keccak512Choose, keccak512Reset, keccak512Update,
+                      &Keccak512Context::lanes);
+        // Two blocks, as the last one is held back.
+        expectNoState("Skein-512" + with, 128, skein512Choose, skein512Reset, skein512Update, &Skein512Context::state);
+    }
+}
+
 TEST_F(Stack, KeysAndTexts)
 {
     const RsaNumbers& rsa = rsaKey("rsa1024e17");
@@ -192,16 +236,15 @@ TEST_F(Stack, KeysAndTexts)
                               (void)key->signPrefixed(output.data(), &(length = 2000), digest.data(), 20);
                           }));
         }
-        Bytes seed = rsaKey("rsa512").p, made;
-        seed = join({randomBytes(16, 8), randomBytes(16, 9)});
+        Bytes seed = join({randomBytes(64, 8), randomBytes(64, 9)}), made; // so long that an array shows
         seed[0] |= 0xC0;
-        seed[16] |= 0xC0;
+        seed[64] |= 0xC0;
         // What is generated is known afterwards: the same seed again.
         for (const bool known : {false, true}) {
             const auto generate = [&] {
                 Bytes copy = seed;
                 RsaPrivateKey* record = nullptr;
-                (void)generateRsa(&record, copy.data(), 32, 0, nullptr, false);
+                (void)generateRsa(&record, copy.data(), 128, 0, nullptr, false);
                 if (!known)
                     for (const BigNum* number : {record->p, record->q, record->d})
                         made = join({made, bytesOf(*number)});

@@ -1,0 +1,22 @@
+// What a routine leaves below its caller's frame when it returns: words that the compiler put by because registers ran
+// out. Its own arrays a routine wipes by name (WipeOnExit); these have none.
+#pragma once
+
+#include <cstddef>
+
+namespace toolbelt {
+
+// More than the frame of any routine here whose registers hold secrets.
+inline constexpr std::size_t DEAD_STACK_BYTES = 2048;
+
+// Overwrites the DEAD_STACK_BYTES below the frame of the function that calls it with zeros; the compiler cannot drop
+// it. So the secrets have to be in the frame of a function that has returned already, one that is not inlined:
+//
+//   [[gnu::noinline]] void takeBlocks(State& state, ...);   // registers are put by in its frame
+//   void compress(State& state, ...) { takeBlocks(state, ...), wipeDeadStack(); }
+//
+// It does not reach the caller's own frame, nor copies that the system made of registers elsewhere. The top few words,
+// where a call saves its return address and its caller's registers, may stay.
+void wipeDeadStack() noexcept;
+
+} // namespace toolbelt
