@@ -9,6 +9,8 @@ enum class Branch
     quotientAllOnes,     // division: the divisor's top limb equals the remainder's
     quotientLowered,     // the estimate is lowered by looking at the second limb
     quotientAddBack,     // and is still one too large
+    blockLowered,        // a block of quotient limbs is too large
+    blockRefused,        // and cannot be found from the divisor's upper limbs
     wideLowered,         // 128 by 64 bits: the reciprocal's guess is one too large
     wideRaised,          // or one too small
     productSplit,        // Karatsuba's method

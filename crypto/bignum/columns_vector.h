@@ -7,6 +7,8 @@
 // products modulo 2^64 and, apart, their upper halves; the sum of the lower halves is the difference of the two.
 #pragma once
 
+#include <immintrin.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -30,6 +32,12 @@ struct ColumnSums
     typename Vector::Type lower() const noexcept { return Vector::subtract(products, Vector::toUpperHalves(upper)); }
 };
 
+// r = a + b + carry, returns the carry.
+inline unsigned char addWords(unsigned char carry, Word a, Word b, Word* r) noexcept
+{
+    return _addcarry_u32(carry, a, b, reinterpret_cast<unsigned*>(r));
+}
+
 template <typename Vector>
 void multiplyColumns(Limb* r, const Limb* a, std::size_t na, const Limb* b, std::size_t nb) noexcept
 {
@@ -49,7 +57,18 @@ void multiplyColumns(Limb* r, const Limb* a, std::size_t na, const Limb* b, std:
     const Word* const aw = words(a);
     Word* rw = words(r);
     auto pending = Vector::zero(); // upper halves of the block's last column but for what its own columns got
-    Limb carry = 0;
+    // A column's sum exceeds a word by a few bits, which are added in the next one.
+    Word excess = 0;
+    unsigned char carry = 0;
+    const auto settle = [&](std::size_t columns) {
+#pragma GCC unroll 8
+        for (std::size_t i = 0; i < columns; i += 2, rw += 2) {
+            const Word *const even = words(work.sums) + i, *const odd = even + 2 * Vector::LANES;
+            carry = addWords(carry, even[0], excess, rw);
+            carry = addWords(carry, odd[0], even[1], rw + 1);
+            excess = odd[1];
+        }
+    };
     for (std::size_t column = 0; column < countA + countB; column += BLOCK) {
         ColumnSums<Vector> even, odd;
         const std::size_t first = column < countB ? 0 : column - countB + 1;
@@ -62,19 +81,13 @@ void multiplyColumns(Limb* r, const Limb* a, std::size_t na, const Limb* b, std:
             odd.add(word, place + 1);
         }
         // Upper halves belong to the column above: those of even columns to the odd one beside them.
-        const auto evenSums = Vector::add(even.lower(), Vector::moveUp(pending, odd.upper));
-        const auto oddSums = Vector::add(odd.lower(), even.upper);
+        Vector::storeAny(work.sums, Vector::add(even.lower(), Vector::moveUp(pending, odd.upper)));
+        Vector::storeAny(work.sums + Vector::LANES, Vector::add(odd.lower(), even.upper));
         pending = odd.upper;
-        Vector::storeAny(work.sums, evenSums);
-        Vector::storeAny(work.sums + Vector::LANES, oddSums);
-        const std::size_t columns = std::min(BLOCK, countA + countB - column);
-        for (std::size_t i = 0; i < columns / 2; ++i, rw += 2) {
-            carry += work.sums[i];
-            rw[0] = static_cast<Word>(carry);
-            carry = (carry >> 32) + work.sums[Vector::LANES + i];
-            rw[1] = static_cast<Word>(carry);
-            carry >>= 32;
-        }
+        if (countA + countB - column >= BLOCK)
+            settle(BLOCK);
+        else
+            settle(countA + countB - column);
     }
 }
 

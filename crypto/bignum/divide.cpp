@@ -38,7 +38,7 @@ Status divide(BigNum* quotient, BigNum& remainder, const BigNum& a, const BigNum
     const unsigned shift = static_cast<unsigned>(std::countl_zero(y.data[y.count - 1]));
     u[x.count] = limbs::shiftLeft(u, x.data, x.count, shift);
     limbs::shiftLeft(v, y.data, y.count, shift);
-    limbs::divide(quotient ? q : nullptr, u, x.count, v, y.count);
+    limbs::divide(q, u, x.count, v, y.count);
     limbs::shiftRight(u, u, y.count, shift);
     if (quotient) {
         const Status status = store(*quotient, q, limbs::significant(q, digits));

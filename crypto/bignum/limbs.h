@@ -49,8 +49,6 @@ void shiftRight(Limb* r, const Limb* a, std::size_t n, unsigned bits) noexcept;
 
 // r[0..n) += a * w. Returns the word carried out at the top.
 Word multiplyAdd(Word* r, const Word* a, std::size_t n, Word w) noexcept;
-// r[0..n) -= a * w. Returns the word borrowed at the top.
-Word multiplySubtract(Word* r, const Word* a, std::size_t n, Word w) noexcept;
 
 // ---- products
 
@@ -64,8 +62,8 @@ void square(Limb* r, const Limb* a, std::size_t n, Limb* scratch) noexcept;
 // ---- division
 
 // Long division by a normalised divisor: v[0..nv) has its top bit set, u[0..nu + 1) has u[nu] < v[nv - 1] or is smaller
-// than v in its upper nv limbs, nu >= nv >= 1. u becomes the remainder (its upper limbs zero); q[0..nu - nv + 1),
-// unless null, becomes the quotient.
+// than v in its upper nv limbs, nu >= nv >= 1. u becomes the remainder (its upper limbs zero), q[0..nu - nv + 1) the
+// quotient.
 void divide(Limb* q, Limb* u, std::size_t nu, const Limb* v, std::size_t nv) noexcept;
 
 } // namespace toolbelt::limbs

@@ -18,16 +18,12 @@ namespace {
 // The schoolbook product of short operands on vectors, when the processor has them.
 bool multiplyOnVectors(Limb* r, const Limb* a, std::size_t na, const Limb* b, std::size_t nb) noexcept
 {
-    if (na > columnsLimit || nb < 2) return false;
-    if (cpu::has(cpu::AVX2)) {
-        multiplyColumnsAvx2(r, a, na, b, nb);
-        return true;
-    }
-    if (cpu::has(cpu::SSE2)) {
-        multiplyColumnsSse2(r, a, na, b, nb);
-        return true;
-    }
-    return false;
+    if (na > columnsLimit || nb < 2 || !cpu::has(cpu::SSE2)) return false;
+    const auto multiplyColumns = cpu::has(cpu::AVX512) ? multiplyColumnsAvx512
+                                 : cpu::has(cpu::AVX2) ? multiplyColumnsAvx2
+                                                       : multiplyColumnsSse2;
+    multiplyColumns(r, b, nb, a, na);
+    return true;
 }
 
 // Top-limb index from which operands are split; below it (at most 1024 bits) the schoolbook core is used. Fixed.
@@ -116,7 +112,7 @@ void multiply(Limb* r, const Limb* a, std::size_t na, const Limb* b, std::size_t
     const std::size_t room = na + nb;
     na = significant(a, na);
     nb = significant(b, nb);
-    zero(r + na + nb, room - na - nb);
+    if (room != na + nb) zero(r + na + nb, room - na - nb);
     if (na < nb) {
         std::swap(a, b);
         std::swap(na, nb);

@@ -3,7 +3,9 @@
 // Powers modulo an odd number of 32 bits and more are taken in Montgomery form with a fixed window of six bits: behind
 // the exponent's top bit, every six bits are squared in and followed by one product with an entry of the power table.
 #include <algorithm>
+#include <cstring>
 
+#include "crypto/bignum/digits.h"
 #include "crypto/bignum/modular.h"
 #include "crypto/bignum/montgomery.h"
 
@@ -23,8 +25,8 @@ std::uint32_t takeWindow(const BigNum& exponent, std::uint32_t& bit, std::uint32
     return window;
 }
 
-// The powers 1 to 63 of a number in Montgomery form, as windows: the first into the number itself, the others into one
-// array. Entries above the largest window that the exponent holds are never looked at, and are not computed.
+// The powers 1 to 63 of a number in Montgomery form, as windows into one array, whose first value is free for the
+// caller. Entries above the largest window that the exponent holds are never looked at, and are not computed.
 class PowerTable
 {
 public:
@@ -33,16 +35,18 @@ public:
         std::uint32_t largest = 1;
         for (std::uint32_t bit = bnBitLength(exponent) - 1, length; bit > 0;)
             largest = std::max(largest, takeWindow(exponent, bit, length));
+        Status status = detail::resizeLimbs(storage_, alignedRoom + (largest + 1) * context.size);
+        if (status != STATUS_OK) return status;
+        const auto first = static_cast<std::int32_t>(alignedDigits(storage_.limbs) - storage_.limbs);
         const auto size = static_cast<std::int32_t>(context.size);
-        Status status = bnView(entries_[1], base, 0, size);
-        if (status == STATUS_OK) status = detail::resizeLimbs(storage_, (largest - 1) * context.size);
-        for (std::uint32_t i = 2; i <= largest && status == STATUS_OK; ++i) {
-            status = bnView(entries_[i], storage_, static_cast<std::int32_t>(i - 2) * size, size);
-            if (status == STATUS_OK) context.product(entries_[i].limbs, entries_[i - 1].limbs, entries_[1].limbs);
-        }
+        for (std::uint32_t i = 0; i <= largest && status == STATUS_OK; ++i)
+            status = bnView(entries_[i], storage_, first + static_cast<std::int32_t>(i) * size, size);
+        if (status == STATUS_OK) status = context.enter(entries_[1].limbs, base);
+        for (std::uint32_t i = 2; i <= largest && status == STATUS_OK; ++i)
+            context.product(entries_[i].limbs, entries_[i - 1].limbs, entries_[1].limbs);
         return status;
     }
-    const limbs::Limb* operator[](std::uint32_t power) const noexcept { return entries_[power].limbs; }
+    limbs::Limb* operator[](std::uint32_t power) const noexcept { return entries_[power].limbs; }
 
 private:
     BigNum storage_; // before the entries that look into it
@@ -72,21 +76,18 @@ Status montgomeryPower(BigNum& result, const BigNum& base, const BigNum& exponen
     MontgomeryContext context(modulus);
     Status status = context.build();
     if (status != STATUS_OK) return status;
-    BigNum converted, power;
-    status = context.enter(converted, base);
     PowerTable table;
-    if (status == STATUS_OK) status = table.build(context, converted, exponent);
-    if (status == STATUS_OK) status = detail::resizeLimbs(power, context.size);
-    if (status == STATUS_OK) status = bnCopy(power, converted);
+    status = table.build(context, base, exponent);
     if (status != STATUS_OK) return status;
 
-    limbs::Limb* const value = power.limbs;
+    limbs::Limb* const value = table[0];
+    std::memcpy(value, table[1], context.size * sizeof(limbs::Limb));
     for (std::uint32_t bit = bnBitLength(exponent) - 1, length; bit > 0;) {
         const std::uint32_t window = takeWindow(exponent, bit, length);
         while (length-- > 0) context.product(value, value, value);
         if (window != 0) context.product(value, value, table[window]);
     }
-    return context.leave(result, power);
+    return context.leave(result, value);
 }
 
 } // namespace

@@ -25,6 +25,10 @@ struct SignedBigNum
 [[nodiscard]] TB_API Status bnModExp(BigNum& result, const BigNum& base, const BigNum& exponent, const BigNum& modulus,
                                      bool forcePlain = false);
 
+// result = a^x * b^y mod modulus. Faster than two powers when x and y are short.
+[[nodiscard]] Status bnModExpPair(BigNum& result, const BigNum& a, const BigNum& x, const BigNum& b, const BigNum& y,
+                                  const BigNum& modulus);
+
 // The greatest common divisor; that of a and 0 is a.
 [[nodiscard]] TB_API Status bnGcd(BigNum& result, const BigNum& a, const BigNum& b);
 

@@ -15,8 +15,12 @@ namespace {
 using limbs::Limb;
 using limbs::Word;
 
+// Bits up to which a quotient costs less than halving it by a squaring more does.
+constexpr std::size_t shortQuotient = 256;
+
 const MontgomeryKernel* chooseKernel() noexcept
 {
+    if (cpu::has(cpu::AVX512 | cpu::IFMA)) return &montgomeryIfma;
     if (cpu::has(cpu::AVX2)) return &montgomeryAvx2;
     if (cpu::has(cpu::SSE2)) return &montgomerySse2;
     return nullptr;
@@ -58,7 +62,7 @@ Status MontgomeryContext::build() noexcept
     if (status != STATUS_OK) return status;
     inverseN.limbs[0] = negativeInverse(modulus.limbs[0]);
     kernel = chooseKernel();
-    if (kernel && !chooseDigits(digits, bnBitLength(modulus))) kernel = nullptr;
+    if (kernel && !chooseDigits(digits, *kernel, bnBitLength(modulus))) kernel = nullptr;
     return kernel ? buildDigits() : buildPortable();
 }
 
@@ -76,22 +80,48 @@ Status MontgomeryContext::buildPortable() noexcept
 
 Status MontgomeryContext::buildDigits() noexcept
 {
-    size = digits.digits;
-    const Status status = detail::resizeLimbs(scratch, digitRoom(digits));
-    return status == STATUS_OK ? spreadModulus(digits, *kernel, scratch, modulus, inverseN.limbs[0]) : status;
+    size = valueDigits(digits, *kernel);
+    const std::size_t room = digitRoom(digits, *kernel);
+    const Status status = detail::resizeLimbs(scratch, room + alignedRoom + size);
+    if (status != STATUS_OK) return status;
+    spreadModulus(digits, *kernel, scratch, modulus, inverseN.limbs[0]);
+    operand = alignedDigits(scratch.limbs + room);
+    return STATUS_OK;
 }
 
-Status MontgomeryContext::enter(BigNum& value, const BigNum& x) noexcept
+Status MontgomeryContext::enter(Limb* value, const BigNum& x) noexcept
 {
+    if (kernel) return enterDigits(value, x);
     BigNum shifted;
-    const std::size_t shift = kernel ? digits.bits * size : 64 * size;
-    Status status = detail::shiftLeft(shifted, x, static_cast<std::uint32_t>(shift));
-    if (status == STATUS_OK) status = detail::resizeLimbs(value, size);
+    Status status = detail::shiftLeft(shifted, x, static_cast<std::uint32_t>(64 * size));
+    if (status == STATUS_OK) status = detail::divide(nullptr, shifted, shifted, modulus);
     if (status != STATUS_OK) return status;
-    if (kernel == nullptr) return detail::divide(nullptr, value, shifted, modulus);
-    status = detail::divide(nullptr, shifted, shifted, modulus);
-    if (status == STATUS_OK) toDigits(value.limbs, size, digits.bits, shifted);
-    return status;
+    const detail::Operand rest(shifted);
+    wipe(value, size * sizeof(Limb));
+    limbs::add(value, value, size, rest.data, rest.count);
+    return STATUS_OK;
+}
+
+// With R the power of two that the kernel divides by, x R is the product of x and R^2. R 2^t modulo n is a short
+// division when t is short, and squaring it doubles t: until R^2 it takes less time than a long division would.
+Status MontgomeryContext::enterDigits(Digit* value, const BigNum& x) noexcept
+{
+    const std::size_t r = digits.bits * digits.digits;
+    std::size_t t = r;
+    while (t > shortQuotient && t % 2 == 0) t /= 2;
+    BigNum rest;
+    Status status = bnSetBit(rest, static_cast<std::uint32_t>(r + t));
+    if (status == STATUS_OK) status = detail::divide(nullptr, rest, rest, modulus);
+    if (status != STATUS_OK) return status;
+    toDigits(value, size, digits.bits, rest);
+    for (; t < r; t *= 2) product(value, value, value);
+
+    const bool reduced = bnCompare(x, modulus) < 0;
+    if (!reduced) status = detail::divide(nullptr, rest, x, modulus);
+    if (status != STATUS_OK) return status;
+    toDigits(operand, size, digits.bits, reduced ? x : rest);
+    product(value, value, operand);
+    return STATUS_OK;
 }
 
 void MontgomeryContext::product(Limb* r, const Limb* a, const Limb* b) noexcept
@@ -107,17 +137,19 @@ void MontgomeryContext::product(Limb* r, const Limb* a, const Limb* b) noexcept
     reduce(r, scratch.limbs, modulus.limbs, size, inverseN.limbs[0]);
 }
 
-Status MontgomeryContext::leave(BigNum& x, BigNum& value) noexcept
+Status MontgomeryContext::leave(BigNum& x, Limb* value) noexcept
 {
-    if (kernel == nullptr) return bnModMultiply(x, value, inverseR, modulus);
+    BigNum result;
+    if (kernel == nullptr) {
+        const Status status = detail::store(result, value, size);
+        return status == STATUS_OK ? bnModMultiply(x, result, inverseR, modulus) : status;
+    }
     // A product with 1 divides by R and takes the shift back.
-    BigNum one;
-    Status status = detail::resizeLimbs(one, size);
-    if (status != STATUS_OK) return status;
-    one.limbs[0] = 1;
-    product(value.limbs, one.limbs, value.limbs);
-    status = fromDigits(one, value.limbs, size, digits.bits);
-    return status == STATUS_OK ? detail::divide(nullptr, x, one, modulus) : status;
+    wipe(operand, size * sizeof(Digit));
+    operand[0] = 1;
+    product(value, operand, value);
+    const Status status = fromDigits(result, value, size, digits.bits);
+    return status == STATUS_OK ? detail::divide(nullptr, x, result, modulus) : status;
 }
 
 } // namespace toolbelt

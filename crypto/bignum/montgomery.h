@@ -21,21 +21,23 @@ struct MontgomeryContext
 
     const MontgomeryKernel* kernel = nullptr; // null: portable
     DigitModulus digits;
+    Digit* operand = nullptr; // room for one more value
     std::size_t size = 0;
 
     explicit MontgomeryContext(const BigNum& n) noexcept : modulus(n) {}
 
     [[nodiscard]] Status build() noexcept;
     // value, of size limbs, = x R mod n.
-    [[nodiscard]] Status enter(BigNum& value, const BigNum& x) noexcept;
+    [[nodiscard]] Status enter(limbs::Limb* value, const BigNum& x) noexcept;
     // r = a b / R mod n, on values.
     void product(limbs::Limb* r, const limbs::Limb* a, const limbs::Limb* b) noexcept;
     // x = value / R mod n; the value is used up.
-    [[nodiscard]] Status leave(BigNum& x, BigNum& value) noexcept;
+    [[nodiscard]] Status leave(BigNum& x, limbs::Limb* value) noexcept;
 
 private:
     [[nodiscard]] Status buildPortable() noexcept;
     [[nodiscard]] Status buildDigits() noexcept;
+    [[nodiscard]] Status enterDigits(Digit* value, const BigNum& x) noexcept;
 };
 
 } // namespace toolbelt

@@ -4,6 +4,6 @@
 
 namespace toolbelt {
 
-const MontgomeryKernel montgomeryAvx2 = {Avx2::LANES, VectorProduct<Avx2>::product};
+const MontgomeryKernel montgomeryAvx2 = {Avx2::LANES, false, VectorProduct<Avx2>::product};
 
 } // namespace toolbelt

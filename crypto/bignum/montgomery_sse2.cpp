@@ -4,6 +4,6 @@
 
 namespace toolbelt {
 
-const MontgomeryKernel montgomerySse2 = {Sse2::LANES, VectorProduct<Sse2>::product};
+const MontgomeryKernel montgomerySse2 = {Sse2::LANES, false, VectorProduct<Sse2>::product};
 
 } // namespace toolbelt

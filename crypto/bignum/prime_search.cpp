@@ -244,25 +244,6 @@ struct Turn
 
 std::uint32_t fixedWorkers = 0;
 
-Status Residues::build(const BigNum& base) noexcept
-{
-    std::uint32_t count;
-    const std::uint32_t* primes = bnPrimeTable(&count);
-    rests_ = SecretArray<std::uint32_t>(count);
-    if (!rests_) return BN_E_MEMORY;
-    const Operand value(base);
-    for (std::uint32_t i = 0; i < count; ++i) rests_[i] = limbs::remainderByWord(value.data, value.count, primes[i]);
-    return STATUS_OK;
-}
-
-bool Residues::divisible(std::uint32_t offset, std::uint32_t first) const noexcept
-{
-    const std::uint32_t* primes = bnPrimeTable(nullptr);
-    for (std::size_t i = first; i < rests_.size(); ++i)
-        if ((rests_[i] + offset) % primes[i] == 0) return true;
-    return false;
-}
-
 Status searchPrime(BigNum& prime, const BigNum& start, bool safePrime, const BigNum* e, ProgressSink* sink,
                    std::uint32_t workers)
 {

@@ -20,7 +20,11 @@ public:
     bool divisible(std::uint32_t offset, std::uint32_t first = 0) const noexcept;
 
 private:
+    // Offsets below this are sieved: most primes of 2048 bits and less have no longer way to the next.
+    static constexpr std::uint32_t SIEVED = 8192;
+
     SecretArray<std::uint32_t> rests_;
+    SecretBytes sieve_; // 1 at the offsets of multiples of an entry, the first one, 2, left out
 };
 
 // bnSearchPrime on that many threads. BN_E_MEMORY when none of them could be started.

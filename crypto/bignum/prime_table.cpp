@@ -1,7 +1,9 @@
 // The process-wide table of small primes: 2 and the odd numbers after it that pass one Fermat round. A composite number
 // may slip in when its witness is unlucky; trial division by it then says nothing that its factors did not say.
+#include "crypto/base/cpu.h"
 #include "crypto/base/heap.h"
 #include "crypto/bignum/limbs_word.h"
+#include "crypto/bignum/prime_table_batch.h"
 #include "crypto/bignum/primes.h"
 #include "crypto/bignum/witness.h"
 
@@ -34,20 +36,33 @@ struct DropUnfinished
     }
 };
 
-// One Fermat round on an odd n above 1, in words: the same witness and the same answer as bnFermatRound.
-bool passesFermatRound(std::uint32_t n) noexcept
+// A witness in 1 to n - 1, as bnFermatRound draws it.
+std::uint32_t drawWitnessBelow(std::uint32_t n) noexcept
 {
-    std::uint32_t witness;
-    do {
+    for (;;) {
         const std::uint64_t drawn = detail::drawWitness();
-        witness = limbs::remainderByWord(&drawn, 1, n);
-    } while (witness == 0);
+        if (const std::uint32_t witness = limbs::remainderByWord(&drawn, 1, n)) return witness;
+    }
+}
+
+// One Fermat round on an odd n above 1, in words: the answer of bnFermatRound.
+bool passesFermatRound(std::uint32_t n, std::uint32_t witness) noexcept
+{
     std::uint32_t power = 1;
     for (std::uint32_t bit = 1u << 31; bit != 0; bit >>= 1) {
         if (power != 1) power = limbs::multiplyModWord(power, power, n);
         if ((n - 1) & bit) power = limbs::multiplyModWord(power, witness, n);
     }
     return power == 1;
+}
+
+// Rounds on the odd numbers from first on, one of them or a batch: a bit for each that passes.
+std::uint32_t fermatRounds(std::uint32_t first, std::uint32_t count) noexcept
+{
+    std::uint32_t witnesses[fermatBatch];
+    for (std::uint32_t i = 0; i < count; ++i) witnesses[i] = drawWitnessBelow(first + 2 * i);
+    if (count == 1) return passesFermatRound(first, witnesses[0]);
+    return cpu::has(cpu::AVX2) ? fermatRoundsAvx2(first, witnesses) : fermatRoundsSse2(first, witnesses);
 }
 
 } // namespace
@@ -63,12 +78,18 @@ Status bnBuildPrimeTable(std::uint32_t count, ProgressSink* sink)
 
     if (size > 0) table.entries[0] = 2;
     std::uint32_t filled = 1;
-    for (std::uint32_t candidate = 3; filled < size; candidate += 2) {
-        if (!passesFermatRound(candidate)) continue;
-        table.entries[filled++] = candidate;
-        if (!sink) continue;
-        const Status status = sink->report(nullptr, 0, static_cast<std::int32_t>(filled));
-        if (status != STATUS_OK) return status;
+    for (std::uint32_t candidate = 3; filled < size;) {
+        // No witness is drawn for a number that the table does not reach: a batch fits when it could pass whole.
+        const bool batch = cpu::has(cpu::SSE2) && size - filled >= fermatBatch && candidate < fermatBatchLimit;
+        const std::uint32_t together = batch ? fermatBatch : 1;
+        const std::uint32_t passed = fermatRounds(candidate, together);
+        for (std::uint32_t i = 0; i < together; ++i, candidate += 2) {
+            if ((passed >> i & 1) == 0) continue;
+            table.entries[filled++] = candidate;
+            if (!sink) continue;
+            const Status status = sink->report(nullptr, 0, static_cast<std::int32_t>(filled));
+            if (status != STATUS_OK) return status;
+        }
     }
     table.count = size;
     table.complete = true;

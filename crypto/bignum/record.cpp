@@ -37,7 +37,7 @@ Status reallocate(BigNum& number, std::size_t limbs) noexcept
 
 BigNum::~BigNum()
 {
-    bnDestroy(*this);
+    if (limbs != nullptr) bnDestroy(*this); // most of a power's table of records stays empty
 }
 
 void bnInit(BigNum& number)

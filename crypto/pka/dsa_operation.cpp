@@ -64,9 +64,7 @@ Status dsaVerify(const DsaKey& key, PairForm form, const std::uint8_t* signature
     if (const Status status = bnModInverse(w, s, key.q)) return status;
     if (const Status status = bnModMultiply(u1, h, w, key.q)) return status;
     if (const Status status = bnModMultiply(u2, r, w, key.q)) return status;
-    if (const Status status = bnModExp(u1, key.g, u1, key.p)) return status;
-    if (const Status status = bnModExp(u2, key.y, u2, key.p)) return status;
-    if (const Status status = bnModMultiply(v, u1, u2, key.p)) return status;
+    if (const Status status = bnModExpPair(v, key.g, u1, key.y, u2, key.p)) return status;
     if (const Status status = bnModulo(v, v, key.q)) return status;
     return bnCompare(v, r) == 0 ? STATUS_OK : PKA_E_FAILED;
 }

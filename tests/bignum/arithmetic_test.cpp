@@ -1,4 +1,5 @@
 // Plain arithmetic through identities and residues, over operands that make carries and corrections run far.
+#include "crypto/bignum/modular.h"
 #include "tests/bignum/numbers.h"
 
 namespace toolbelt::test {
@@ -50,6 +51,31 @@ TEST(BigNumArithmetic, LongProducts)
     }
 }
 
+// Divisors whose quotients are found in blocks. A remainder of all but the divisor, and runs of ones in the quotient,
+// make every remainder on the way begin like the divisor; a divisor with zeros behind its upper limbs, or ones, makes
+// what these tell the best and the worst.
+TEST(BigNumArithmetic, LongQuotients)
+{
+    Dice dice(6);
+    for (std::uint32_t round = 0; round < 300; ++round) {
+        const std::uint32_t size = 15 + dice.below(40), length = 1 + dice.below(30);
+        Number divisor = dice.number(size), quotient = dice.number(length), rest;
+        divisor.limbs[size - 1] |= std::uint64_t{round % 2} << 63;
+        for (std::uint32_t i = 0; i < size - 8 && round % 3 != 0; ++i)
+            divisor.limbs[i] = round % 3 == 1 ? 0 : ~std::uint64_t{0};
+        for (std::uint32_t i = 0; i < length && round % 4 == 0; ++i) quotient.limbs[i] = ~std::uint64_t{0};
+        rest = dice.below(2) ? run(bnSubtractWord, divisor, 1) : run(bnShiftRight, divisor, 1u + dice.below(900));
+        const Number a = run(bnAdd, run(bnMultiply, divisor, quotient), rest);
+        forEachTier([&] {
+            Number q, r;
+            ASSERT_EQ(bnDivide(&q, r, a, divisor), STATUS_OK);
+            ASSERT_EQ(q, quotient) << hex(a) << " / " << hex(divisor);
+            ASSERT_EQ(r, rest) << hex(a) << " / " << hex(divisor);
+            ASSERT_EQ(run(bnModulo, a, divisor), rest);
+        });
+    }
+}
+
 TEST(BigNumArithmetic, TheLongestOperands)
 {
     Dice dice(5);
@@ -65,6 +91,25 @@ TEST(BigNumArithmetic, TheLongestOperands)
                                 bnMultiply(out, beyond, beyond), bnShiftLeft(out, beyond, 1),
                                 bnShiftRight(out, beyond, 1), bnModulo(out, beyond, word), bnModulo(out, word, beyond)})
         EXPECT_EQ(status, BN_E_RANGE);
+}
+
+TEST(BigNumArithmetic, PairsOfPowers)
+{
+    Dice dice(8);
+    for (std::uint32_t round = 0; round < 60; ++round) {
+        const Number a = dice.number(dice.below(20)), b = dice.number(dice.below(20)), y = dice.number(dice.below(4));
+        Number x = dice.number(dice.below(5)), n = dice.number(1 + round % 18);
+        if (round % 18 == 0) n.limbs[0] >>= 20 + dice.below(43);
+        n.limbs[0] |= round % 5 != 0 || n.limbs[0] == 0; // mostly odd
+        if (round % 7 == 0) x.limbs[0] &= 1;
+        const Number expected = run(bnModMultiply, run(bnModExp, a, x, n, false), run(bnModExp, b, y, n, false), n);
+        forEachTier([&] {
+            Number result = run(bnAddWord, y, 0);
+            ASSERT_EQ(bnModExpPair(result, a, x, b, result, n), STATUS_OK);
+            ASSERT_EQ(result, expected) << hex(a) << " ^ " << hex(x) << ", " << hex(b) << " ^ " << hex(y) << " mod "
+                                        << hex(n);
+        });
+    }
 }
 
 } // namespace

@@ -81,7 +81,10 @@ private:
 template <typename Body>
 void forEachTier(Body body)
 {
-    for (const std::uint32_t features : {0u, cpu::SSE2, ~0u}) {
+    std::uint32_t features = 0;
+    for (const std::uint32_t step : {0u, cpu::SSE2, cpu::AVX2, cpu::AVX512 | cpu::IFMA}) {
+        if ((cpu::detectedFeatures() & step) != step) break;
+        features |= step;
         SCOPED_TRACE(cpu::limitFeatures(features));
         body();
     }

@@ -105,5 +105,25 @@ TEST(PrimeSearch, SharesItsCursorAmongWorkers)
     }
 }
 
+// Offsets that are sieved, those around the end of the sieve, and far ones.
+TEST(PrimeSearch, DividesTheNumbersBehindItsStart)
+{
+    Dice dice(31);
+    ASSERT_EQ(bnBuildPrimeTable(64), STATUS_OK);
+    for (int round = 0; round < 4; ++round) {
+        Number base = dice.number(2);
+        base.limbs[0] = round < 2 ? base.limbs[0] & ~std::uint64_t{1} : base.limbs[0];
+        detail::Residues residues;
+        ASSERT_EQ(residues.build(base), STATUS_OK);
+        for (std::uint32_t i = 0; i < 300; ++i) {
+            const std::uint32_t offset = i < 100 ? i : i < 200 ? 8092 + i : dice.below(detail::Residues::REACH);
+            const Number n = run(bnAddWord, base, offset);
+            ASSERT_EQ(residues.divisible(offset), bnTrialDivision(n) == 0) << hex(n);
+            ASSERT_TRUE(!bnTestBit(n, 0) || residues.divisible(offset, 1) == residues.divisible(offset)) << hex(n);
+        }
+    }
+    bnFreePrimeTable();
+}
+
 } // namespace
 } // namespace toolbelt::test
