@@ -36,7 +36,10 @@ clean=${TOOLBELT_BUILD_DIR:-build}/tidy
 mkdir -p "$clean"
 one() { # FILE: prints what was found
     local features=() system=("${host[@]}") mark found output status=0
-    case "$1" in *_sse2.* | *_ssse3.* | *_avx2.* | *_shani.* | *_aesni.* | *_vaes.*) features=(-mavx2 -maes -msha -mvaes -mbmi2) ;; esac
+    case "$1" in
+        *_sse2.* | *_ssse3.* | *_avx2.* | *_shani.* | *_aesni.* | *_vaes.*) features=(-mavx2 -maes -msha -mvaes -mbmi2) ;;
+        *_avx512.* | *_ifma.* | *_vaes512.*) features=(-mavx512{f,dq,bw,vl,vbmi,ifma} -maes -mvaes) ;;
+    esac
     case "$1" in
         Includes/system/* | Includes/cDlg/* | net/post* | dll/* | cli/*) system=("${windows[@]}") ;;
         Includes/*) ! grep -q '^#include <windows.h>' "$1" || system=("${windows[@]}") ;;
