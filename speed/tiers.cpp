@@ -19,6 +19,8 @@ constexpr Tier tiers[] = {
     {"ssse3", cpu::SSSE3, cpu::SSSE3},
     {"aes", cpu::AES | cpu::SHA, cpu::AES},
     {"avx2", cpu::AVX2, cpu::AVX2},
+    {"vaes", cpu::VAES, cpu::VAES},
+    {"avx512", cpu::AVX512 | cpu::IFMA | cpu::VBMI, cpu::AVX512},
     {"all", ~0u, 0},
 };
 
