@@ -6,7 +6,7 @@ set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 . "$root/tools/common.sh"
 
-suites=(base/test_base:Cpu* bignum/test_bignum:BigNumTiers* hash/test_hash:*Tier* cipher/test_cipher:*Tier*)
+suites=(bignum/test_bignum:BigNumTiers*:*LongQuotients:*PairsOfPowers hash/test_hash:*Tier* cipher/test_cipher:*Tier*:Cpu*)
 if [ $# -gt 0 ]; then
     list=$(cd "$root/tests" && grep -l "tb_suite($1\b" ./*/CMakeLists.txt) || die "no such test program: $1"
     suites=("$(basename "$(dirname "$list")")/$1:${2:-*}")

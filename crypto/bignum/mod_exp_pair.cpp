@@ -31,9 +31,10 @@ Status montgomeryPowers(BigNum& result, const BigNum& a, const BigNum& x, const 
     if (status != STATUS_OK) return status;
     limbs::Limb* const value = alignedDigits(room.limbs);
     const auto power = [&](std::uint32_t index) { return value + index * context.size; };
-    for (const BigNum* base : {&a, &b}) {
-        const std::uint32_t first = base == &a ? 1 : 1 + powers;
-        status = context.enter(power(first), *base);
+    const BigNum* const bases[] = {&a, &b};
+    for (std::uint32_t base = 0; base < 2; ++base) {
+        const std::uint32_t first = 1 + base * powers;
+        status = context.enter(power(first), *bases[base]);
         if (status != STATUS_OK) return status;
         for (std::uint32_t i = 1; i < powers; ++i)
             context.product(power(first + i), power(first + i - 1), power(first));

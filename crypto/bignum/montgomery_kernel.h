@@ -41,8 +41,8 @@ inline constexpr std::size_t narrowWork(std::size_t digits) noexcept
 inline constexpr std::size_t narrowConstants = 10;
 inline constexpr int DIGIT_MASK = 3, DIGIT_BITS = 4;
 
-// Wide digits. spread: the vectors of (n c + 1) / 2^w, those of n, and c. work: a vector of columns for each of these,
-// and two more.
+// Wide digits. spread: the vectors of (n c + 1) / 2^w, those of n, and c. work: a vector of columns for each vector
+// of n, and two more.
 inline constexpr unsigned wideDigit = 52;
 
 struct MontgomeryKernel

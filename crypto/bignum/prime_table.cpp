@@ -79,8 +79,9 @@ Status bnBuildPrimeTable(std::uint32_t count, ProgressSink* sink)
     if (size > 0) table.entries[0] = 2;
     std::uint32_t filled = 1;
     for (std::uint32_t candidate = 3; filled < size;) {
-        // No witness is drawn for a number that the table does not reach: a batch fits when it could pass whole.
-        const bool batch = cpu::has(cpu::SSE2) && size - filled >= fermatBatch && candidate < fermatBatchLimit;
+        // No witness is drawn for a number that the table does not reach: a batch fits when it could pass whole. Who
+        // hears of each prime may stop, or draw numbers himself, before the next.
+        const bool batch = !sink && cpu::has(cpu::SSE2) && size - filled >= fermatBatch && candidate < fermatBatchLimit;
         const std::uint32_t together = batch ? fermatBatch : 1;
         const std::uint32_t passed = fermatRounds(candidate, together);
         for (std::uint32_t i = 0; i < together; ++i, candidate += 2) {

@@ -3,6 +3,7 @@
 // table routine and the AES instructions alike.
 #include "crypto/base/bytes.h"
 #include "crypto/base/cpu.h"
+#include "crypto/base/dead_stack.h"
 #include "crypto/cipher/chained_blocks.h"
 #include "crypto/cipher/creators.h"
 #include "crypto/cipher/gf256.h"
@@ -86,7 +87,7 @@ void expandKey(RijndaelSchedule& schedule, const std::uint8_t* key, std::uint32_
 const std::uint32_t* decryptionKeys(RijndaelSchedule& schedule)
 {
     if (schedule.hasDecryption) return schedule.decryption;
-    schedule.hasDecryption = true;
+    schedule.hasDecryption = true; // both ways below make them
     if (schedule.tier) {
         rijndaelInvertKeysAesni(schedule.decryption, schedule.encryption, schedule.rounds);
         return schedule.decryption;
@@ -183,7 +184,7 @@ public:
             chainBlocks<[](auto&) { return rijndaelCbcEncryptAesni; }, Keys::ENCRYPTION>,
             chainBlocks<[](auto& key) { return key.tier->cbcDecrypt; }, Keys::DECRYPTION>,
             chainBlocks<[](auto&) { return rijndaelCfbEncryptAesni; }, Keys::ENCRYPTION>,
-            chainBlocks<[](auto& key) { return key.tier->cfbDecrypt; }, Keys::ENCRYPTION>,
+            chainBlocks<[](auto& key) { return key.tier->cfbDecrypt; }, Keys::ENCRYPTION, true>,
         };
         const std::uint32_t features = cpu::featuresInUse(); // asked once: keys are often made for a block or two
         const auto has = [features](std::uint32_t needed) { return (features & needed) == needed; };
@@ -204,13 +205,15 @@ private:
         ENCRYPTION,
         DECRYPTION,
     };
-    template <auto ROUTINE_OF, Keys KEYS>
+    // SPILLS: many blocks side by side take all registers, so that the compiler puts a state by.
+    template <auto ROUTINE_OF, Keys KEYS, bool SPILLS = false>
     static void chainBlocks(const cSymAlg& self, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out,
                             std::uint32_t blocks)
     {
         RijndaelSchedule& key = scheduleOf(self);
         const std::uint32_t* keys = KEYS == Keys::DECRYPTION ? decryptionKeys(key) : key.encryption;
         ROUTINE_OF(key)(keys, key.rounds, chain, in, out, blocks);
+        if (SPILLS && blocks > 4) wipeDeadStack();
     }
 };
 

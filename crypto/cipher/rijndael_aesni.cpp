@@ -90,9 +90,8 @@ void rijndaelExpandKeyAesni(std::uint32_t* keys, const std::uint8_t* key, std::u
         break;
     case 24:
         b = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(tail));
-        for (int i = 0;; ++i) {
+        for (int i = 0; i < 8; ++i) {
             _mm_storel_epi64(reinterpret_cast<__m128i*>(words + 24 * i + 16), b);
-            if (i == 8) break;
             a = next(a, rotated1(b, RCON[i]));
             OneBlock::store(words + 24 * (i + 1), a);
             b = _mm_xor_si128(_mm_xor_si128(b, _mm_slli_si128(b, 4)), _mm_shuffle_epi32(a, 0xFF));

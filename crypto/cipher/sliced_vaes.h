@@ -91,7 +91,7 @@ template <typename Transform>
 std::uint32_t transformSliced(const std::uint8_t* in, std::uint8_t* out, std::uint32_t blocks, Transform transform)
 {
     const std::uint32_t done = transformGroups(in, out, blocks, transform);
-    wipeDeadStack();
+    if (done != 0) wipeDeadStack();
     return done;
 }
 

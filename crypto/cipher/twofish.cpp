@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "crypto/base/bytes.h"
+#include "crypto/base/dead_stack.h"
 #include "crypto/cipher/creators.h"
 #include "crypto/cipher/gf256.h"
 #include "crypto/cipher/member.h"
@@ -88,7 +89,7 @@ std::uint32_t h(std::uint32_t byte, const std::uint32_t (&L)[4])
 template <std::uint32_t COLUMN>
 void fillTable(Table& table, const std::uint32_t (&S)[4])
 {
-    const std::uint32_t L[4] = {S[0], S[1], S[2], S[3]}; // no store to the table can change these: kept in registers
+    const std::uint32_t L[4] = {S[0], S[1], S[2], S[3]}; // no store to the table can change these
     for (std::uint32_t x = 0; x < 256; ++x) table[x] = hByte<COLUMN>(x, L);
 }
 
@@ -107,7 +108,8 @@ std::uint32_t rsWord(const std::uint8_t* m)
     return word;
 }
 
-void expandKey(TwofishSchedule& schedule, const std::uint8_t* key)
+// Not inlined: what it puts by lies where its caller wipes.
+[[gnu::noinline]] void expandKey(TwofishSchedule& schedule, const std::uint8_t* key)
 {
     std::uint32_t parts[3][4]; // the even words of the key, the odd ones, and S, which g takes in reverse
     const WipeOnExit wipeParts(parts);
@@ -194,7 +196,7 @@ cSymAlg* createTFish(const std::uint8_t* key, std::uint32_t keyLength)
     const PaddedKey<KEY_BYTES> padded(key, keyLength);
     if (!padded) return nullptr;
     auto cipher = newCipher<cAlgTFish>(0u);
-    if (cipher) expandKey(*cipher->schedule, padded.data());
+    if (cipher) expandKey(*cipher->schedule, padded.data()), wipeDeadStack();
     return cipher.release();
 }
 

@@ -21,7 +21,10 @@ constexpr int WIDE_BLOCKS = WIDE_BYTES / 4;
 using Words = std::uint32_t __attribute__((vector_size(WIDE_BYTES)));
 
 // Words at any address, seen as bytes of any type.
-using WordsInMemory = std::uint32_t __attribute__((vector_size(WIDE_BYTES), aligned(1), may_alias));
+struct [[gnu::packed, gnu::may_alias]] WordsInMemory
+{
+    Words words;
+};
 
 // In each 16 bytes of the registers: the words of the front half (HALF 0) or of the back half (HALF 1) of a and b in
 // turn.
@@ -50,22 +53,22 @@ inline void transpose(Words (&x)[4])
 // counter lies in memory.)
 inline void loadBlocks(Words (&x)[2], const WordsInMemory* from)
 {
-    const Words a = interleaved<0>(from[0], from[1]), b = interleaved<1>(from[0], from[1]);
+    const Words a = interleaved<0>(from[0].words, from[1].words), b = interleaved<1>(from[0].words, from[1].words);
     x[0] = interleaved<0>(a, b), x[1] = interleaved<1>(a, b);
 }
 inline void loadBlocks(Words (&x)[4], const WordsInMemory* from)
 {
-    x[0] = from[0], x[1] = from[1], x[2] = from[2], x[3] = from[3];
+    x[0] = from[0].words, x[1] = from[1].words, x[2] = from[2].words, x[3] = from[3].words;
     transpose(x);
 }
 inline void storeBlocks(WordsInMemory* to, Words (&x)[2])
 {
-    to[0] = interleaved<0>(x[0], x[1]), to[1] = interleaved<1>(x[0], x[1]);
+    to[0].words = interleaved<0>(x[0], x[1]), to[1].words = interleaved<1>(x[0], x[1]);
 }
 inline void storeBlocks(WordsInMemory* to, Words (&x)[4])
 {
     transpose(x);
-    to[0] = x[0], to[1] = x[1], to[2] = x[2], to[3] = x[3];
+    to[0].words = x[0], to[1].words = x[1], to[2].words = x[2], to[3].words = x[3];
 }
 
 // GROUPS registers full of blocks of COUNT words at a time.
@@ -93,7 +96,7 @@ template <int GROUPS, int COUNT, typename Transform>
 std::uint32_t transformWide(const std::uint8_t* in, std::uint8_t* out, std::uint32_t blocks, Transform transform)
 {
     const std::uint32_t done = transformGroups<GROUPS, COUNT>(in, out, blocks, transform);
-    wipeDeadStack();
+    if (done != 0) wipeDeadStack();
     return done;
 }
 

@@ -17,7 +17,10 @@ namespace toolbelt {
 namespace {
 
 using Pair = std::uint64_t __attribute__((vector_size(16)));
-using PairInMemory = std::uint64_t __attribute__((vector_size(16), aligned(1), may_alias));
+struct [[gnu::packed, gnu::may_alias]] PairInMemory
+{
+    Pair pair;
+};
 
 // Amounts of the rotations to the left and, for the same, to the right, and the numbers of the subkeys: read from
 // memory as they are used, since eight registers are few.
@@ -101,7 +104,8 @@ template <auto ROTATED>
         const auto* const m = reinterpret_cast<const PairInMemory*>(blocks);
         const auto low = [](Pair a, Pair b) { return __builtin_shufflevector(a, b, 0, 2); };
         const auto high = [](Pair a, Pair b) { return __builtin_shufflevector(a, b, 1, 3); };
-        Words x = {{low(m[0], m[2]), low(m[1], m[3])}, {high(m[0], m[2]), high(m[1], m[3])}};
+        Words x = {{low(m[0].pair, m[2].pair), low(m[1].pair, m[3].pair)},
+                   {high(m[0].pair, m[2].pair), high(m[1].pair, m[3].pair)}};
         unroll<THREEFISH_SUBKEYS - 1>([&]<std::uint32_t S>() __attribute__((always_inline)) {
             addSubkey<S>(x, schedule, *c);
             constexpr std::uint32_t FIRST = S % 2 * 4;
@@ -112,10 +116,10 @@ template <auto ROTATED>
         });
         addSubkey<THREEFISH_SUBKEYS - 1>(x, schedule, *c);
         auto* const chain = reinterpret_cast<PairInMemory*>(state.chain.data());
-        chain[0] = low(x.even[0], x.odd[0]) ^ m[0];
-        chain[1] = low(x.even[1], x.odd[1]) ^ m[1];
-        chain[2] = high(x.even[0], x.odd[0]) ^ m[2];
-        chain[3] = high(x.even[1], x.odd[1]) ^ m[3];
+        chain[0].pair = low(x.even[0], x.odd[0]) ^ m[0].pair;
+        chain[1].pair = low(x.even[1], x.odd[1]) ^ m[1].pair;
+        chain[2].pair = high(x.even[0], x.odd[0]) ^ m[2].pair;
+        chain[3].pair = high(x.even[1], x.odd[1]) ^ m[3].pair;
         state.flags &= ~SKEIN_FLAG_FIRST;
     }
 }

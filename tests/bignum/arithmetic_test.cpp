@@ -98,16 +98,21 @@ TEST(BigNumArithmetic, PairsOfPowers)
     Dice dice(8);
     for (std::uint32_t round = 0; round < 60; ++round) {
         const Number a = dice.number(dice.below(20)), b = dice.number(dice.below(20)), y = dice.number(dice.below(4));
-        Number x = dice.number(dice.below(5)), n = dice.number(1 + round % 18);
+        Number x = dice.number(dice.below(5)), n = dice.number(round == 1 ? 33 : 1 + round % 18);
         if (round % 18 == 0) n.limbs[0] >>= 20 + dice.below(43);
         n.limbs[0] |= round % 5 != 0 || n.limbs[0] == 0; // mostly odd
         if (round % 7 == 0) x.limbs[0] &= 1;
-        const Number expected = run(bnModMultiply, run(bnModExp, a, x, n, false), run(bnModExp, b, y, n, false), n);
+        const Number first = run(bnModExp, a, x, n, false);
+        const Number expected = run(bnModMultiply, first, run(bnModExp, b, y, n, false), n);
+        const Number expectedOfOne = run(bnModMultiply, first, run(bnModExp, a, y, n, false), n);
         forEachTier([&] {
             Number result = run(bnAddWord, y, 0);
             ASSERT_EQ(bnModExpPair(result, a, x, b, result, n), STATUS_OK);
             ASSERT_EQ(result, expected) << hex(a) << " ^ " << hex(x) << ", " << hex(b) << " ^ " << hex(y) << " mod "
                                         << hex(n);
+            Number both = run(bnAddWord, a, 0); // both bases and the result
+            ASSERT_EQ(bnModExpPair(both, both, x, both, y, n), STATUS_OK);
+            ASSERT_EQ(both, expectedOfOne) << hex(a) << " ^ " << hex(x) << ", ^ " << hex(y) << " mod " << hex(n);
         });
     }
 }

@@ -82,7 +82,7 @@ template <typename Body>
 void forEachTier(Body body)
 {
     std::uint32_t features = 0;
-    for (const std::uint32_t step : {0u, cpu::SSE2, cpu::AVX2, cpu::AVX512 | cpu::IFMA}) {
+    for (const std::uint32_t step : {0u, cpu::SSE2, cpu::AVX2, cpu::AVX512, cpu::IFMA}) {
         if ((cpu::detectedFeatures() & step) != step) break;
         features |= step;
         SCOPED_TRACE(cpu::limitFeatures(features));
