@@ -12,9 +12,7 @@
 namespace toolbelt {
 namespace {
 
-// Both fixed.
-constexpr std::uint32_t montgomeryBits = 32; // shorter moduli take the plain method
-constexpr std::uint32_t windowBits = 6;
+constexpr std::uint32_t windowBits = 6; // fixed
 
 // The next window below bit: moves bit down behind it, and returns its value. The last window may be shorter.
 std::uint32_t takeWindow(const BigNum& exponent, std::uint32_t& bit, std::uint32_t& length) noexcept

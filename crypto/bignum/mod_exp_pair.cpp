@@ -62,7 +62,7 @@ Status bnModExpPair(BigNum& result, const BigNum& a, const BigNum& x, const BigN
                     const BigNum& modulus)
 {
     // Short and even moduli, and exponents of 0, have no windows to share.
-    const bool shared = bnTestBit(modulus, 0) != 0 && bnBitLength(modulus) >= 32 && bnBitLength(x) != 0 &&
+    const bool shared = bnTestBit(modulus, 0) != 0 && bnBitLength(modulus) >= montgomeryBits && bnBitLength(x) != 0 &&
                         bnBitLength(y) != 0 && !detail::tooLong(a, x, b, y, modulus);
     if (shared) return montgomeryPowers(result, a, x, b, y, modulus);
     BigNum first, second;

@@ -2,6 +2,7 @@
 // and the vector kernels.
 #include "crypto/bignum/montgomery.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "crypto/base/cpu.h"
@@ -97,8 +98,7 @@ Status MontgomeryContext::enter(Limb* value, const BigNum& x) noexcept
     if (status == STATUS_OK) status = detail::divide(nullptr, shifted, shifted, modulus);
     if (status != STATUS_OK) return status;
     const detail::Operand rest(shifted);
-    wipe(value, size * sizeof(Limb));
-    limbs::add(value, value, size, rest.data, rest.count);
+    std::fill_n(std::copy_n(rest.data, rest.count, value), size - rest.count, 0);
     return STATUS_OK;
 }
 

@@ -7,6 +7,8 @@
 
 namespace toolbelt {
 
+constexpr std::uint32_t montgomeryBits = 32; // powers modulo shorter numbers take the plain method
+
 // What one exponentiation needs of its modulus. The modulus is the caller's, odd, above 1, and stays in place.
 //
 // A value in Montgomery form is an array of size limbs: k limbs for the portable product, the digits of

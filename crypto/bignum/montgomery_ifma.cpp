@@ -82,7 +82,7 @@ struct Columns
     template <std::size_t FIRST = 0, typename Body>
     [[gnu::always_inline]] void forEach(Body body) const noexcept
     {
-        [&]<std::size_t... v>(std::index_sequence<v...>) [[gnu::always_inline]]
+        [&]<std::size_t... v>(std::index_sequence<v...>) __attribute__((always_inline))
         {
             (body(v + FIRST), ...);
         }

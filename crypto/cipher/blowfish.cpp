@@ -3,7 +3,7 @@
 #include "crypto/base/bytes.h"
 #include "crypto/cipher/blowfish_tables.h"
 #include "crypto/cipher/creators.h"
-#include "crypto/cipher/member.h"
+#include "crypto/cipher/side_by_side.h"
 
 namespace toolbelt {
 namespace {
@@ -17,17 +17,21 @@ struct BlowfishSchedule
     std::uint32_t S[4][256];
 };
 
+template <std::uint32_t N>
 struct Halves
 {
-    std::uint32_t L, R;
+    Words<N> L, R;
 };
 
-std::uint32_t F(const BlowfishSchedule& key, std::uint32_t x)
+template <std::uint32_t N>
+[[gnu::always_inline]] inline Words<N> F(const BlowfishSchedule& key, Words<N> x)
 {
-    return ((key.S[0][x >> 24] + key.S[1][x >> 16 & 255]) ^ key.S[2][x >> 8 & 255]) + key.S[3][x & 255];
+    const Words<N> a = look(key.S[0], x >> 24), b = look(key.S[1], x >> 16 & 255), c = look(key.S[2], x >> 8 & 255);
+    return ((a + b) ^ c) + look(key.S[3], x & 255);
 }
 
-Halves encryptHalves(const BlowfishSchedule& key, Halves block)
+template <std::uint32_t N>
+Halves<N> encryptHalves(const BlowfishSchedule& key, Halves<N> block)
 {
     auto [L, R] = block;
     for (std::uint32_t i = 0; i < ROUNDS; i += 2) {
@@ -38,7 +42,8 @@ Halves encryptHalves(const BlowfishSchedule& key, Halves block)
     return {R ^ key.P[ROUNDS + 1], L ^ key.P[ROUNDS]};
 }
 
-Halves decryptHalves(const BlowfishSchedule& key, Halves block)
+template <std::uint32_t N>
+Halves<N> decryptHalves(const BlowfishSchedule& key, Halves<N> block)
 {
     auto [L, R] = block;
     for (std::uint32_t i = ROUNDS; i > 0; i -= 2) {
@@ -61,29 +66,30 @@ void expandKey(BlowfishSchedule& schedule, const std::uint8_t* key, std::uint32_
         }
         schedule.P[i] = blowfishP[i] ^ word;
     }
-    Halves block = {0, 0};
+    Halves<1> block = {0, 0};
     const auto refill = [&](auto& words) {
         for (std::uint32_t i = 0; i < std::size(words); i += 2) {
             block = encryptHalves(schedule, block);
-            words[i] = block.L;
-            words[i + 1] = block.R;
+            words[i] = block.L.at[0];
+            words[i + 1] = block.R.at[0];
         }
     };
     refill(schedule.P);
     for (auto& box : schedule.S) refill(box);
 }
 
-template <Halves (&TRANSFORM)(const BlowfishSchedule&, Halves)>
-Status transformBlocks(const BlowfishSchedule& key, bool littleEndian, const std::uint8_t* in, std::uint8_t* out,
-                       std::int32_t length)
+template <auto TRANSFORM, std::uint32_t N>
+void transformHalves(const BlowfishSchedule& key, bool littleEndian, const std::uint8_t* in, std::uint8_t* out)
 {
-    return forEachBlock<8>(in, out, length, [&key, littleEndian](auto from, auto to) {
-        const auto load = [=](auto at) { return littleEndian ? load32le(at) : load32be(at); };
-        const auto store = [=](auto at, auto word) { littleEndian ? store32le(at, word) : store32be(at, word); };
-        const Halves block = TRANSFORM(key, {load(from), load(from + 4)});
-        store(to, block.L);
-        store(to + 4, block.R);
-    });
+    const auto load = [=](auto from) {
+        return littleEndian ? loadWords<load32le, N>(from, 8) : loadWords<load32be, N>(from, 8);
+    };
+    const auto store = [=](auto to, const auto& words) {
+        littleEndian ? storeWords<store32le>(to, 8, words) : storeWords<store32be>(to, 8, words);
+    };
+    const Halves<N> block = TRANSFORM(key, Halves<N>{load(in), load(in + 4)});
+    store(out, block.L);
+    store(out + 4, block.R);
 }
 
 } // namespace
@@ -100,15 +106,25 @@ public:
     }
     Status encryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
     {
-        return transformBlocks<encryptHalves>(*schedule, littleEndianBlocks, in, out, length);
+        return transform<encryptHalves<1>, encryptHalves<SIDE>>(in, out, length);
     }
     Status decryptBlocks(const std::uint8_t* in, std::uint8_t* out, std::int32_t length) override
     {
-        return transformBlocks<decryptHalves>(*schedule, littleEndianBlocks, in, out, length);
+        return transform<decryptHalves<1>, decryptHalves<SIDE>>(in, out, length);
     }
 
     ScheduleOwner<BlowfishSchedule> schedule;
     std::uint32_t keyLength;
+
+private:
+    template <auto BLOCK, auto GROUP>
+    Status transform(const std::uint8_t* in, std::uint8_t* out, std::int32_t length)
+    {
+        return transformBlocks<8>(
+            in, out, length,
+            [this](auto from, auto to) { transformHalves<BLOCK, 1>(*schedule, littleEndianBlocks, from, to); },
+            [this](auto from, auto to) { transformHalves<GROUP, SIDE>(*schedule, littleEndianBlocks, from, to); });
+    }
 };
 
 // A shorter key is filled up with zeros to 5 bytes, of a longer one the leading 56 bytes count.

@@ -74,17 +74,20 @@ constexpr std::array<std::array<std::uint32_t, 64>, 8> SP = [] {
 }();
 
 // The 48 bits that E makes of R are R in two rotations: every other group of six begins on a byte of either.
-std::uint32_t f(std::uint32_t R, const std::uint32_t (&key)[2])
+template <std::uint32_t N>
+[[gnu::always_inline]] inline Words<N> f(Words<N> R, const std::uint32_t (&key)[2])
 {
-    const std::uint32_t odd = std::rotr(R, 1) ^ key[0], even = std::rotl(R, 3) ^ key[1];
-    return SP[0][odd >> 26] ^ SP[2][odd >> 18 & 63] ^ SP[4][odd >> 10 & 63] ^ SP[6][odd >> 2 & 63] ^ //
-           SP[1][even >> 26] ^ SP[3][even >> 18 & 63] ^ SP[5][even >> 10 & 63] ^ SP[7][even >> 2 & 63];
+    const Words<N> odd = rotr(R, 1) ^ key[0], even = rotl(R, 3) ^ key[1];
+    return look(SP[0], odd >> 26) ^ look(SP[2], odd >> 18 & 63) ^ look(SP[4], odd >> 10 & 63) ^
+           look(SP[6], odd >> 2 & 63) ^ look(SP[1], even >> 26) ^ look(SP[3], even >> 18 & 63) ^
+           look(SP[5], even >> 10 & 63) ^ look(SP[7], even >> 2 & 63);
 }
 
 // Exchanges the bits of a that lie `by` above the mask with the bits of b under the mask.
-void exchange(std::uint32_t& a, std::uint32_t& b, std::uint32_t by, std::uint32_t mask)
+template <std::uint32_t N>
+[[gnu::always_inline]] inline void exchange(Words<N>& a, Words<N>& b, int by, std::uint32_t mask)
 {
-    const std::uint32_t difference = (a >> by ^ b) & mask;
+    const Words<N> difference = ((a >> by) ^ b) & mask;
     b ^= difference;
     a ^= difference << by;
 }
@@ -117,9 +120,10 @@ void desExpandKey(DesSchedule& schedule, const std::uint8_t* key) noexcept
 
 // The permutation transposes the block, seen as a matrix of eight bytes of eight bits, and sorts the rows; each
 // exchange below does one step of the transposition on all its parts at once.
-DesHalves desInitialPermutation(const std::uint8_t* in) noexcept
+template <std::uint32_t N>
+DesHalves<N> desInitialPermutation(const std::uint8_t* in) noexcept
 {
-    DesHalves block = {load32be(in), load32be(in + 4)};
+    DesHalves<N> block = {loadWords<load32be, N>(in, 8), loadWords<load32be, N>(in + 4, 8)};
     exchange(block.L, block.R, 4, 0x0F0F0F0F);
     exchange(block.L, block.R, 16, 0x0000FFFF);
     exchange(block.R, block.L, 2, 0x33333333);
@@ -128,18 +132,20 @@ DesHalves desInitialPermutation(const std::uint8_t* in) noexcept
     return block;
 }
 
-void desFinalPermutation(std::uint8_t* out, DesHalves block) noexcept
+template <std::uint32_t N>
+void desFinalPermutation(std::uint8_t* out, DesHalves<N> block) noexcept
 {
     exchange(block.L, block.R, 1, 0x55555555);
     exchange(block.R, block.L, 8, 0x00FF00FF);
     exchange(block.R, block.L, 2, 0x33333333);
     exchange(block.L, block.R, 16, 0x0000FFFF);
     exchange(block.L, block.R, 4, 0x0F0F0F0F);
-    store32be(out, block.L);
-    store32be(out + 4, block.R);
+    storeWords<store32be>(out, 8, block.L);
+    storeWords<store32be>(out + 4, 8, block.R);
 }
 
-DesHalves desEncryptRounds(const DesSchedule& schedule, DesHalves halves) noexcept
+template <std::uint32_t N>
+DesHalves<N> desEncryptRounds(const DesSchedule& schedule, DesHalves<N> halves) noexcept
 {
     auto [L, R] = halves;
     for (std::uint32_t i = 0; i < ROUNDS; i += 2) {
@@ -149,7 +155,8 @@ DesHalves desEncryptRounds(const DesSchedule& schedule, DesHalves halves) noexce
     return {R, L};
 }
 
-DesHalves desDecryptRounds(const DesSchedule& schedule, DesHalves halves) noexcept
+template <std::uint32_t N>
+DesHalves<N> desDecryptRounds(const DesSchedule& schedule, DesHalves<N> halves) noexcept
 {
     auto [L, R] = halves;
     for (std::uint32_t i = ROUNDS; i > 0; i -= 2) {
@@ -159,24 +166,36 @@ DesHalves desDecryptRounds(const DesSchedule& schedule, DesHalves halves) noexce
     return {R, L};
 }
 
+template DesHalves<1> desInitialPermutation(const std::uint8_t*) noexcept;
+template DesHalves<SIDE> desInitialPermutation(const std::uint8_t*) noexcept;
+template void desFinalPermutation(std::uint8_t*, DesHalves<1>) noexcept;
+template void desFinalPermutation(std::uint8_t*, DesHalves<SIDE>) noexcept;
+template DesHalves<1> desEncryptRounds(const DesSchedule&, DesHalves<1>) noexcept;
+template DesHalves<SIDE> desEncryptRounds(const DesSchedule&, DesHalves<SIDE>) noexcept;
+template DesHalves<1> desDecryptRounds(const DesSchedule&, DesHalves<1>) noexcept;
+template DesHalves<SIDE> desDecryptRounds(const DesSchedule&, DesHalves<SIDE>) noexcept;
+
 namespace {
 
-void encryptBlock(const DesSchedule& key, const std::uint8_t* in, std::uint8_t* out)
+template <std::uint32_t N>
+void encryptBlocks(const DesSchedule& key, const std::uint8_t* in, std::uint8_t* out)
 {
-    desFinalPermutation(out, desEncryptRounds(key, desInitialPermutation(in)));
+    desFinalPermutation(out, desEncryptRounds(key, desInitialPermutation<N>(in)));
 }
 
-void decryptBlock(const DesSchedule& key, const std::uint8_t* in, std::uint8_t* out)
+template <std::uint32_t N>
+void decryptBlocks(const DesSchedule& key, const std::uint8_t* in, std::uint8_t* out)
 {
-    desFinalPermutation(out, desDecryptRounds(key, desInitialPermutation(in)));
+    desFinalPermutation(out, desDecryptRounds(key, desInitialPermutation<N>(in)));
 }
 
 } // namespace
 
-class cAlgDes final : public BlockCipher<8, DesSchedule, encryptBlock, decryptBlock>
+class cAlgDes final : public SideBySideCipher<8, DesSchedule, encryptBlocks<1>, encryptBlocks<SIDE>, decryptBlocks<1>,
+                                              decryptBlocks<SIDE>>
 {
 public:
-    using BlockCipher::BlockCipher;
+    using SideBySideCipher::SideBySideCipher;
 };
 
 cSymAlg* createDes(const std::uint8_t* key, std::uint32_t keyLength)

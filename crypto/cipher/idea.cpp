@@ -1,6 +1,8 @@
 // IDEA (Lai and Massey, 1991): 8-byte blocks, 16-byte keys, eight rounds and an output transformation on four 16-bit
 // words, which are big-endian. Decryption is encryption under the inverse subkeys. No table is looked up and nothing
 // branches on the data.
+#include <immintrin.h>
+
 #include "crypto/base/bytes.h"
 #include "crypto/base/cpu.h"
 #include "crypto/cipher/creators.h"
@@ -19,21 +21,23 @@ struct IdeaSchedule
     WideBlocks* wide;
 };
 
-// The product modulo 65537, where 0 stands for 65536. As 65536 is -1, a product high * 65536 + low is low - high; and
-// when a factor is 0, the product is minus the other one, which 1 - a - b gives for both.
-std::uint16_t multiply(std::uint32_t a, std::uint32_t b)
+// The product modulo 65537 of the lower 16 bits, in the lower 16 bits; 0 stands for 65536. A factor less one is a plain
+// 16-bit number for each of them, and a b = (a - 1) b + (b - 1) + 1. As 65536 is -1, high * 65536 + low is low - high.
+std::uint32_t multiply(std::uint32_t a, std::uint32_t b)
 {
-    const std::uint32_t product = a * b, low = product & 0xFFFF, high = product >> 16;
-    const std::uint32_t usual = low - high + (low < high), withZero = 1 - a - b;
-    const std::uint32_t zero = 0u - (product == 0);
-    return static_cast<std::uint16_t>((usual & ~zero) | (withZero & zero));
+    const std::uint32_t before = (b - 1) & 0xFFFF;
+    const std::uint32_t less1 = ((a - 1) & 0xFFFF) * (before + 1) + before;
+    unsigned difference, product;
+    const auto borrow = _subborrow_u32(0, less1 & 0xFFFF, less1 >> 16, &difference);
+    _addcarry_u32(borrow, difference, 1, &product); // a difference below 0 counts 65537 more
+    return product;
 }
 
 // x to the power of 65535, which is 1 / x for the prime 65537.
 std::uint16_t inverse(std::uint16_t x)
 {
     std::uint16_t power = 1;
-    for (int bit = 0; bit < 16; ++bit) power = multiply(multiply(power, power), x);
+    for (int bit = 0; bit < 16; ++bit) power = static_cast<std::uint16_t>(multiply(multiply(power, power), x));
     return power;
 }
 
@@ -74,10 +78,10 @@ void expandKey(IdeaSchedule& schedule, const std::uint8_t* key)
 
 void transformBlock(const std::uint16_t (&subkeys)[SUBKEYS], const std::uint8_t* in, std::uint8_t* out)
 {
-    std::uint16_t x[4];
+    std::uint32_t x[4];
     for (std::uint32_t i = 0; i < 4; ++i) x[i] = load16be(in + 2 * i);
     transformRounds(subkeys, x, multiply);
-    for (std::uint32_t i = 0; i < 4; ++i) store16be(out + 2 * i, x[i]);
+    for (std::uint32_t i = 0; i < 4; ++i) store16be(out + 2 * i, static_cast<std::uint16_t>(x[i]));
 }
 
 } // namespace

@@ -13,26 +13,29 @@ struct TripleDesSchedule
     DesSchedule K1, K2, K3;
 };
 
-void encryptBlock(const TripleDesSchedule& key, const std::uint8_t* in, std::uint8_t* out)
+template <std::uint32_t N>
+void encryptBlocks(const TripleDesSchedule& key, const std::uint8_t* in, std::uint8_t* out)
 {
-    DesHalves block = desEncryptRounds(key.K1, desInitialPermutation(in));
+    DesHalves<N> block = desEncryptRounds(key.K1, desInitialPermutation<N>(in));
     block = desDecryptRounds(key.K2, block);
     desFinalPermutation(out, desEncryptRounds(key.K3, block));
 }
 
-void decryptBlock(const TripleDesSchedule& key, const std::uint8_t* in, std::uint8_t* out)
+template <std::uint32_t N>
+void decryptBlocks(const TripleDesSchedule& key, const std::uint8_t* in, std::uint8_t* out)
 {
-    DesHalves block = desDecryptRounds(key.K3, desInitialPermutation(in));
+    DesHalves<N> block = desDecryptRounds(key.K3, desInitialPermutation<N>(in));
     block = desEncryptRounds(key.K2, block);
     desFinalPermutation(out, desDecryptRounds(key.K1, block));
 }
 
 } // namespace
 
-class cAlg3des final : public BlockCipher<8, TripleDesSchedule, encryptBlock, decryptBlock>
+class cAlg3des final : public SideBySideCipher<8, TripleDesSchedule, encryptBlocks<1>, encryptBlocks<SIDE>,
+                                               decryptBlocks<1>, decryptBlocks<SIDE>>
 {
 public:
-    using BlockCipher::BlockCipher;
+    using SideBySideCipher::SideBySideCipher;
 };
 
 cSymAlg* create3des(const std::uint8_t* key, std::uint32_t keyLength)

@@ -4,10 +4,9 @@
 #include <bit>
 
 #include "crypto/base/bytes.h"
-#include "crypto/base/dead_stack.h"
 #include "crypto/cipher/creators.h"
 #include "crypto/cipher/gf256.h"
-#include "crypto/cipher/member.h"
+#include "crypto/cipher/side_by_side.h"
 
 namespace toolbelt {
 namespace {
@@ -131,62 +130,69 @@ std::uint32_t rsWord(const std::uint8_t* m)
     fillTable<3>(schedule.s[3], Sg);
 }
 
-std::uint32_t g(const TwofishSchedule& key, std::uint32_t x)
+template <std::uint32_t N>
+[[gnu::always_inline]] inline Words<N> g(const TwofishSchedule& key, Words<N> x)
 {
-    return key.s[0][x & 255] ^ key.s[1][x >> 8 & 255] ^ key.s[2][x >> 16 & 255] ^ key.s[3][x >> 24];
+    return look(key.s[0], x & 255) ^ look(key.s[1], x >> 8 & 255) ^ look(key.s[2], x >> 16 & 255) ^
+           look(key.s[3], x >> 24);
 }
 
 // g of x rotated left by 8 bits.
-std::uint32_t gRotated(const TwofishSchedule& key, std::uint32_t x)
+template <std::uint32_t N>
+[[gnu::always_inline]] inline Words<N> gRotated(const TwofishSchedule& key, Words<N> x)
 {
-    return key.s[0][x >> 24] ^ key.s[1][x & 255] ^ key.s[2][x >> 8 & 255] ^ key.s[3][x >> 16 & 255];
+    return look(key.s[0], x >> 24) ^ look(key.s[1], x & 255) ^ look(key.s[2], x >> 8 & 255) ^
+           look(key.s[3], x >> 16 & 255);
 }
 
 // Two rounds at a time, so that the halves need not change places.
-void encryptBlock(const TwofishSchedule& key, const std::uint8_t* in, std::uint8_t* out)
+template <std::uint32_t N>
+void encryptBlocks(const TwofishSchedule& key, const std::uint8_t* in, std::uint8_t* out)
 {
     const std::uint32_t* K = key.K;
-    std::uint32_t R0 = load32le(in) ^ K[0], R1 = load32le(in + 4) ^ K[1], R2 = load32le(in + 8) ^ K[2],
-                  R3 = load32le(in + 12) ^ K[3];
+    Words<N> R0 = loadWords<load32le, N>(in, 16) ^ K[0], R1 = loadWords<load32le, N>(in + 4, 16) ^ K[1],
+             R2 = loadWords<load32le, N>(in + 8, 16) ^ K[2], R3 = loadWords<load32le, N>(in + 12, 16) ^ K[3];
     for (const std::uint32_t* k = K + 8; k != K + 8 + 2 * ROUNDS; k += 4) {
-        std::uint32_t T0 = g(key, R0), T1 = gRotated(key, R1);
-        R2 = std::rotr(R2 ^ (T0 + T1 + k[0]), 1);
-        R3 = std::rotl(R3, 1) ^ (T0 + 2 * T1 + k[1]);
+        Words<N> T0 = g(key, R0), T1 = gRotated(key, R1);
+        R2 = rotr(R2 ^ (T0 + T1 + k[0]), 1);
+        R3 = rotl(R3, 1) ^ (T0 + T1 + T1 + k[1]);
         T0 = g(key, R2), T1 = gRotated(key, R3);
-        R0 = std::rotr(R0 ^ (T0 + T1 + k[2]), 1);
-        R1 = std::rotl(R1, 1) ^ (T0 + 2 * T1 + k[3]);
+        R0 = rotr(R0 ^ (T0 + T1 + k[2]), 1);
+        R1 = rotl(R1, 1) ^ (T0 + T1 + T1 + k[3]);
     }
-    store32le(out, R2 ^ K[4]);
-    store32le(out + 4, R3 ^ K[5]);
-    store32le(out + 8, R0 ^ K[6]);
-    store32le(out + 12, R1 ^ K[7]);
+    storeWords<store32le>(out, 16, R2 ^ K[4]);
+    storeWords<store32le>(out + 4, 16, R3 ^ K[5]);
+    storeWords<store32le>(out + 8, 16, R0 ^ K[6]);
+    storeWords<store32le>(out + 12, 16, R1 ^ K[7]);
 }
 
-void decryptBlock(const TwofishSchedule& key, const std::uint8_t* in, std::uint8_t* out)
+template <std::uint32_t N>
+void decryptBlocks(const TwofishSchedule& key, const std::uint8_t* in, std::uint8_t* out)
 {
     const std::uint32_t* K = key.K;
-    std::uint32_t R2 = load32le(in) ^ K[4], R3 = load32le(in + 4) ^ K[5], R0 = load32le(in + 8) ^ K[6],
-                  R1 = load32le(in + 12) ^ K[7];
+    Words<N> R2 = loadWords<load32le, N>(in, 16) ^ K[4], R3 = loadWords<load32le, N>(in + 4, 16) ^ K[5],
+             R0 = loadWords<load32le, N>(in + 8, 16) ^ K[6], R1 = loadWords<load32le, N>(in + 12, 16) ^ K[7];
     for (const std::uint32_t* k = K + 8 + 2 * ROUNDS; k != K + 8; k -= 4) {
-        std::uint32_t T0 = g(key, R2), T1 = gRotated(key, R3);
-        R0 = std::rotl(R0, 1) ^ (T0 + T1 + k[-2]);
-        R1 = std::rotr(R1 ^ (T0 + 2 * T1 + k[-1]), 1);
+        Words<N> T0 = g(key, R2), T1 = gRotated(key, R3);
+        R0 = rotl(R0, 1) ^ (T0 + T1 + k[-2]);
+        R1 = rotr(R1 ^ (T0 + T1 + T1 + k[-1]), 1);
         T0 = g(key, R0), T1 = gRotated(key, R1);
-        R2 = std::rotl(R2, 1) ^ (T0 + T1 + k[-4]);
-        R3 = std::rotr(R3 ^ (T0 + 2 * T1 + k[-3]), 1);
+        R2 = rotl(R2, 1) ^ (T0 + T1 + k[-4]);
+        R3 = rotr(R3 ^ (T0 + T1 + T1 + k[-3]), 1);
     }
-    store32le(out, R0 ^ K[0]);
-    store32le(out + 4, R1 ^ K[1]);
-    store32le(out + 8, R2 ^ K[2]);
-    store32le(out + 12, R3 ^ K[3]);
+    storeWords<store32le>(out, 16, R0 ^ K[0]);
+    storeWords<store32le>(out + 4, 16, R1 ^ K[1]);
+    storeWords<store32le>(out + 8, 16, R2 ^ K[2]);
+    storeWords<store32le>(out + 12, 16, R3 ^ K[3]);
 }
 
 } // namespace
 
-class cAlgTFish final : public BlockCipher<16, TwofishSchedule, encryptBlock, decryptBlock>
+class cAlgTFish final : public SideBySideCipher<16, TwofishSchedule, encryptBlocks<1>, encryptBlocks<SIDE>,
+                                                decryptBlocks<1>, decryptBlocks<SIDE>>
 {
 public:
-    using BlockCipher::BlockCipher;
+    using SideBySideCipher::SideBySideCipher;
 };
 
 // A short key is filled up with zeros to 32 bytes and takes the 256-bit schedule too, and no length is kept to be
