@@ -39,7 +39,7 @@ struct ARIASchedule
 
 // The diffusion layer A is the product of four steps: each byte into the three others of its word, the words into each
 // other, the bytes within words 1 to 3 exchanged, the words into each other again. These are the last three.
-void diffuseWords(Value& v)
+[[gnu::always_inline]] inline void diffuseWords(Value& v)
 {
     mixWords(v);
     v.w[1] = (v.w[1] << 8 & 0xFF00FF00) | (v.w[1] >> 8 & 0x00FF00FF);
@@ -58,8 +58,8 @@ void diffuse(Value& v)
     diffuseWords(v);
 }
 
-// A round: v = A(SL(v ^ key)).
-void round(Value& v, const Value& key, const std::array<Table, 4>& spread)
+// A round: v = A(SL(v ^ key)). Inlined, or the block would pass through memory.
+[[gnu::always_inline]] inline void round(Value& v, const Value& key, const std::array<Table, 4>& spread)
 {
     v ^= key;
 #pragma GCC unroll 4

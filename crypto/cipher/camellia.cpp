@@ -29,8 +29,8 @@ constexpr Table SP3 = spread([](std::uint32_t x) { return std::uint32_t(std::rot
 constexpr Table SP4 = spread([](std::uint32_t x) { return std::uint32_t(SBOX1[(x << 1 | x >> 7) & 255]); }, 0xFFFF00FF);
 
 // y ^= F(x, k). Of the P layer: what the right word of x adds to both words of the result is the same (D); what the
-// left one adds to the right word is U and U rotated right by a byte.
-void addF(Half& y, const Half& x, const Half& k)
+// left one adds to the right word is U and U rotated right by a byte. Inlined, or the block would pass through memory.
+[[gnu::always_inline]] inline void addF(Half& y, const Half& x, const Half& k)
 {
     const std::uint32_t l = x.left ^ k.left, r = x.right ^ k.right;
     const std::uint32_t U = SP1[l >> 24] ^ SP2[l >> 16 & 255] ^ SP3[l >> 8 & 255] ^ SP4[l & 255];

@@ -41,10 +41,10 @@ std::uint32_t f(std::uint32_t sum)
 template <std::uint32_t UPWARDS>
 void transformBlock(const GOSTSchedule& schedule, const std::uint8_t* in, std::uint8_t* out)
 {
-    std::uint32_t N1 = load32le(in), N2 = load32le(in + 4);
-    transformRounds<UPWARDS>(schedule.key, N1, N2, f);
-    store32le(out, N2);
-    store32le(out + 4, N1);
+    std::uint32_t x[1][2] = {{load32le(in), load32le(in + 4)}};
+    transformRounds<UPWARDS>(schedule.key, x, f);
+    store32le(out, x[0][0]);
+    store32le(out + 4, x[0][1]);
 }
 
 } // namespace

@@ -20,26 +20,27 @@ constexpr BoxTables boxTables = [] {
     return tables;
 }();
 
-// The nibbles of all bytes through the boxes of that nibble. An index with its top bit set looks up zero: that is how
-// each byte of a word meets its own box alone.
-__m256i lookUp(__m256i nibbles, int first)
+// The nibbles of all bytes through the boxes of that nibble: those of bytes 0 and 2 of a word, and those of 1 and 3. An
+// index with its top bit set looks up zero, which leaves the bytes between to the other two.
+template <int FIRST>
+[[gnu::always_inline]] inline __m256i lookUp(__m256i nibbles)
 {
-    __m256i found = _mm256_setzero_si256();
-#pragma GCC unroll 4
-    for (int byte = 0; byte < 4; ++byte) {
-        const __m256i others = _mm256_set1_epi32(static_cast<int>(0x80808080 & ~(0xFFu << 8 * byte)));
-        const __m256i table = _mm256_broadcastsi128_si256(
-            _mm_load_si128(reinterpret_cast<const __m128i*>(boxTables.box[2 * byte + first])));
-        found = _mm256_or_si256(found, _mm256_shuffle_epi8(table, _mm256_or_si256(nibbles, others)));
-    }
-    return found;
+    const auto found = [=](int byte, __m256i at) __attribute__((always_inline))
+    {
+        const auto* table = reinterpret_cast<const __m128i*>(boxTables.box[2 * byte + FIRST]);
+        return _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(_mm_load_si128(table)), at);
+    };
+    const __m256i even = _mm256_or_si256(nibbles, _mm256_set1_epi16(static_cast<short>(0x8000)));
+    const __m256i odd = _mm256_or_si256(nibbles, _mm256_set1_epi16(0x0080));
+    return _mm256_or_si256(_mm256_blend_epi16(found(0, even), found(2, even), 0xAA),
+                           _mm256_blend_epi16(found(1, odd), found(3, odd), 0xAA));
 }
 
-Words f(Words sum)
+[[gnu::always_inline]] inline Words f(Words sum)
 {
     const __m256i nibble = _mm256_set1_epi8(0x0F), x = __m256i(sum);
-    const __m256i low = lookUp(_mm256_and_si256(x, nibble), 0);
-    const __m256i high = lookUp(_mm256_and_si256(_mm256_srli_epi32(x, 4), nibble), 1);
+    const __m256i low = lookUp<0>(_mm256_and_si256(x, nibble));
+    const __m256i high = lookUp<1>(_mm256_and_si256(_mm256_srli_epi32(x, 4), nibble));
     const Words found = Words(_mm256_or_si256(low, high));
     return found << 11 | found >> 21;
 }
@@ -49,10 +50,7 @@ Words f(Words sum)
 std::uint32_t gostDecryptAvx2(const void* keys, const std::uint8_t* in, std::uint8_t* out, std::uint32_t blocks)
 {
     const auto* const key = static_cast<const std::uint32_t*>(keys);
-    return transformWide<1, 2>(in, out, blocks, [key](Words(&x)[1][2]) {
-        transformRounds<1>(key, x[0][0], x[0][1], f);
-        std::swap(x[0][0], x[0][1]);
-    });
+    return transformPairs<2>(in, out, blocks, [key](auto& x) { transformRounds<1>(key, x, f); });
 }
 
 } // namespace toolbelt

@@ -41,10 +41,7 @@ constexpr BoxTables boxTables = [] {
 std::uint32_t gostDecryptAvx512(const void* keys, const std::uint8_t* in, std::uint8_t* out, std::uint32_t blocks)
 {
     const auto* const key = static_cast<const std::uint32_t*>(keys);
-    return transformWide<1, 2>(in, out, blocks, [key](Words(&x)[1][2]) {
-        transformRounds<1>(key, x[0][0], x[0][1], f);
-        std::swap(x[0][0], x[0][1]);
-    });
+    return transformWide<1, 2>(in, out, blocks, [key](Words(&x)[1][2]) { transformRounds<1>(key, x, f); });
 }
 
 } // namespace toolbelt

@@ -2,7 +2,9 @@
 // which brings along f, the substitution and the rotation that follows.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <utility>
 
 namespace toolbelt {
 namespace {
@@ -19,21 +21,23 @@ constexpr std::uint8_t K[8][16] = {
     {0x7, 0xE, 0x8, 0xC, 0x3, 0xB, 0x1, 0x0, 0x4, 0x2, 0x5, 0xA, 0x6, 0x9, 0xF, 0xD},
 };
 
-// The 32 rounds in pairs, so that the halves need not change places; the last round leaves them in place, which the
-// store undoes. The keys run upwards three times and downwards once, or upwards once and downwards three times.
-template <std::uint32_t UPWARDS, typename Word, typename F>
-[[gnu::always_inline]] inline void transformRounds(const std::uint32_t* key, Word& N1, Word& N2, F f)
+// The 32 rounds in pairs, so that the halves need not change places; the last round leaves them in place, so
+// they do in the end. The keys run upwards three times and downwards once, or upwards once and downwards three times.
+//
+// x: the words N1, N2 of a block, or of several groups of blocks, whose rounds take turns.
+template <std::uint32_t UPWARDS, typename Word, std::size_t GROUPS, typename F>
+[[gnu::always_inline]] inline void transformRounds(const std::uint32_t* key, Word (&x)[GROUPS][2], F f)
 {
+    const auto round = [&](int to, int from, std::uint32_t k) __attribute__((always_inline))
+    {
+#pragma GCC unroll 2
+        for (Word(&w)[2] : x) w[to] ^= f(w[from] + key[k]);
+    };
     for (std::uint32_t pass = 0; pass < UPWARDS; ++pass)
-        for (std::uint32_t i = 0; i < 8; i += 2) {
-            N2 ^= f(N1 + key[i]);
-            N1 ^= f(N2 + key[i + 1]);
-        }
+        for (std::uint32_t i = 0; i < 8; i += 2) round(1, 0, i), round(0, 1, i + 1);
     for (std::uint32_t pass = UPWARDS; pass < 4; ++pass)
-        for (std::uint32_t i = 8; i > 0; i -= 2) {
-            N2 ^= f(N1 + key[i - 1]);
-            N1 ^= f(N2 + key[i - 2]);
-        }
+        for (std::uint32_t i = 8; i > 0; i -= 2) round(1, 0, i - 1), round(0, 1, i - 2);
+    for (Word(&w)[2] : x) std::swap(w[0], w[1]);
 }
 
 } // namespace

@@ -75,10 +75,10 @@ void encryptBlock(const RC6Schedule& schedule, const std::uint8_t* in, std::uint
 
 void decryptBlock(const RC6Schedule& schedule, const std::uint8_t* in, std::uint8_t* out)
 {
-    std::uint32_t x[4];
-    for (std::uint32_t i = 0; i < 4; ++i) x[i] = load32le(in + 4 * i);
+    std::uint32_t x[1][4];
+    for (std::uint32_t i = 0; i < 4; ++i) x[0][i] = load32le(in + 4 * i);
     decryptRounds(schedule.S, x, rotr);
-    for (std::uint32_t i = 0; i < 4; ++i) store32le(out + 4 * i, x[i]);
+    for (std::uint32_t i = 0; i < 4; ++i) store32le(out + 4 * i, x[0][i]);
 }
 
 } // namespace

@@ -20,7 +20,7 @@ namespace {
 std::uint32_t rc6DecryptAvx2(const void* keys, const std::uint8_t* in, std::uint8_t* out, std::uint32_t blocks)
 {
     const auto* const S = static_cast<const std::uint32_t*>(keys);
-    return transformWide<1, 4>(in, out, blocks, [S](Words(&x)[1][4]) { decryptRounds(S, x[0], rotr); });
+    return transformPairs<4>(in, out, blocks, [S](auto& x) { decryptRounds(S, x, rotr); });
 }
 
 } // namespace toolbelt

@@ -18,20 +18,25 @@ template <typename Word>
     return product << 5 | product >> 27;
 }
 
-// x: the words A, B, C, D of a block.
-template <typename Word, typename Rotate>
-[[gnu::always_inline]] inline void decryptRounds(const std::uint32_t* S, Word (&x)[4], Rotate rotr)
+// x: the words A, B, C, D of a block, or of several groups of blocks: their rounds take turns, as each waits long for
+// its products.
+template <typename Word, std::size_t GROUPS, typename Rotate>
+[[gnu::always_inline]] inline void decryptRounds(const std::uint32_t* S, Word (&x)[GROUPS][4], Rotate rotr)
 {
-    Word A = x[0] - S[KEY_WORDS - 2], B = x[1], C = x[2] - S[KEY_WORDS - 1], D = x[3];
-    for (std::uint32_t i = ROUNDS; i >= 1; --i) {
-        const Word t = f(A), u = f(C); // A and C came out of the round as B and D went in
-        const Word oldC = rotr(B - S[2 * i + 1], t) ^ u;
-        B = A;
-        A = rotr(D - S[2 * i], u) ^ t;
-        D = C;
-        C = oldC;
-    }
-    x[0] = A, x[1] = B - S[0], x[2] = C, x[3] = D - S[1];
+    // A and C came out of round i as B and D went in; what becomes A and C lies where D and B were.
+    const auto undo = [&](std::uint32_t i, int A, int B, int C, int D) __attribute__((always_inline))
+    {
+#pragma GCC unroll 2
+        for (Word(&w)[4] : x) {
+            const Word t = f(w[A]), u = f(w[C]);
+            w[B] = rotr(w[B] - S[2 * i + 1], t) ^ u;
+            w[D] = rotr(w[D] - S[2 * i], u) ^ t;
+        }
+    };
+    for (Word(&w)[4] : x) w[0] -= S[KEY_WORDS - 2], w[2] -= S[KEY_WORDS - 1];
+    for (std::uint32_t i = ROUNDS; i != 0; i -= 4)
+        undo(i, 0, 1, 2, 3), undo(i - 1, 3, 0, 1, 2), undo(i - 2, 2, 3, 0, 1), undo(i - 3, 1, 2, 3, 0);
+    for (Word(&w)[4] : x) w[1] -= S[0], w[3] -= S[1];
 }
 
 } // namespace

@@ -68,10 +68,10 @@ void encryptBlock(const SerpentSchedule& schedule, const std::uint8_t* in, std::
 
 void decryptBlock(const SerpentSchedule& schedule, const std::uint8_t* in, std::uint8_t* out)
 {
-    Block x;
-    loadBlock(x, in);
+    Block x[1];
+    loadBlock(x[0], in);
     decryptRounds(schedule.K, x);
-    storeBlock(out, x);
+    storeBlock(out, x[0]);
 }
 
 } // namespace

@@ -7,7 +7,7 @@ namespace toolbelt {
 std::uint32_t serpentDecryptAvx2(const void* keys, const std::uint8_t* in, std::uint8_t* out, std::uint32_t blocks)
 {
     const auto* const K = static_cast<const SerpentKey*>(keys);
-    return transformWide<1, 4>(in, out, blocks, [K](Words(&x)[1][4]) { decryptRounds(K, x[0]); });
+    return transformPairs<4>(in, out, blocks, [K](auto& x) { decryptRounds(K, x); });
 }
 
 } // namespace toolbelt

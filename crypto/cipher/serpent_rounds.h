@@ -158,17 +158,20 @@ template <typename Step, std::size_t... N>
 
 constexpr auto eightBoxes = std::make_index_sequence<8>();
 
-// x: the words of a block; K: the round keys.
-template <typename Word>
-[[gnu::always_inline]] inline void decryptRounds(const SerpentKey* K, Word (&x)[4])
+// x: the words of a block, or of several groups of blocks, whose rounds take turns; K: the round keys.
+template <typename Word, std::size_t GROUPS>
+[[gnu::always_inline]] inline void decryptRounds(const SerpentKey* K, Word (&x)[GROUPS][4])
 {
-    addKey(x, K[ROUNDS]);
+    for (Word(&w)[4] : x) addKey(w, K[ROUNDS]);
     for (std::uint32_t round = ROUNDS; round > 0; round -= 8)
         forEachBox(
             [&]<std::size_t N>() __attribute__((always_inline)) {
-                if (N != 0 || round != ROUNDS) inverseLinearTransform(x);
-                substitute<inverseS, 7 - N>(x);
-                addKey(x, K[round - 1 - N]);
+#pragma GCC unroll 2
+                for (Word(&w)[4] : x) {
+                    if (N != 0 || round != ROUNDS) inverseLinearTransform(w);
+                    substitute<inverseS, 7 - N>(w);
+                    addKey(w, K[round - 1 - N]);
+                }
             },
             eightBoxes);
 }

@@ -100,5 +100,15 @@ std::uint32_t transformWide(const std::uint8_t* in, std::uint8_t* out, std::uint
     return done;
 }
 
+// For rounds that wait longer than one group keeps the processor busy: two groups at a time, and one if one is left.
+// transform turns Words[2][COUNT] as well as Words[1][COUNT].
+template <int COUNT, typename Transform>
+std::uint32_t transformPairs(const std::uint8_t* in, std::uint8_t* out, std::uint32_t blocks, Transform transform)
+{
+    const std::uint32_t done = transformWide<2, COUNT>(in, out, blocks, transform);
+    const std::uint32_t bytes = done * COUNT * sizeof(std::uint32_t);
+    return done + transformWide<1, COUNT>(in + bytes, out + bytes, blocks - done, transform);
+}
+
 } // namespace
 } // namespace toolbelt
