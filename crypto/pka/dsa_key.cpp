@@ -4,6 +4,7 @@
 #include <new>
 
 #include "crypto/pka/key_bytes.h"
+#include "crypto/pka/key_import.h"
 #include "crypto/pka/key_number.h"
 #include "crypto/pka/public_key_info.h"
 
@@ -18,13 +19,6 @@ bool isUsable(const DsaKey& key)
     return !isTooLong(key.p) && bnTestBit(key.p, 0) == 1 && bnTestBit(key.q, 0) == 1 && isWithin(key.q, 2, key.p) &&
            bnBitLength(key.q) <= DSA_MAX_Q_BITS && isWithin(key.g, 2, key.p) &&
            isWithin(key.y, isPrivate ? 0 : 1, key.p) && (!isPrivate || isWithin(key.x, 1, key.q));
-}
-
-Status finish(DsaKey** key, DsaOwner& record)
-{
-    if (!isUsable(*record)) return PKA_E_KEY;
-    *key = record.release();
-    return STATUS_OK;
 }
 
 bool readPublic(DsaKey& key, const std::uint8_t* blob, std::uint32_t length, std::uint32_t& offset)
@@ -54,54 +48,45 @@ Status ensureDsaPublicValue(DsaKey& key)
 
 Status importDsaPublic(DsaKey** key, const std::uint8_t* blob, std::uint32_t length)
 {
-    DsaOwner record(newDsaKey(DSA_PUBLIC_MAGIC));
-    if (!record) return PKA_E_MEMORY;
-    std::uint32_t offset = 0;
-    if (!readPublic(*record, blob, length, offset)) return PKA_E_KEY;
-    return finish(key, record);
+    return importKey(key, newDsaKey(DSA_PUBLIC_MAGIC), isUsable, [=](DsaKey& record) {
+        std::uint32_t offset = 0;
+        return readPublic(record, blob, length, offset);
+    });
 }
 
 Status importDsaPrivate(DsaKey** key, const std::uint8_t* publicBlob, std::uint32_t publicLength,
                         const std::uint8_t* privateBlob, std::uint32_t privateLength)
 {
-    DsaOwner record(newDsaKey(DSA_PRIVATE_MAGIC));
-    if (!record) return PKA_E_MEMORY;
-    std::uint32_t offset = 0;
-    if (!readPublic(*record, publicBlob, publicLength, offset)) return PKA_E_KEY;
-    offset = 0;
-    if (!readPrefixed({&record->x}, privateBlob, privateLength, offset)) return PKA_E_KEY;
-    return finish(key, record);
+    return importKey(key, newDsaKey(DSA_PRIVATE_MAGIC), isUsable, [=](DsaKey& record) {
+        std::uint32_t offset = 0, privateOffset = 0;
+        return readPublic(record, publicBlob, publicLength, offset) &&
+               readPrefixed({&record.x}, privateBlob, privateLength, privateOffset);
+    });
 }
 
 Status importDsaPrivateBlob(DsaKey** key, const std::uint8_t* blob, std::uint32_t length)
 {
-    DsaOwner record(newDsaKey(DSA_PRIVATE_MAGIC));
-    if (!record) return PKA_E_MEMORY;
-    std::uint32_t offset = 0;
-    if (!readPublic(*record, blob, length, offset) || !readPrefixed({&record->x}, blob, length, offset))
-        return PKA_E_KEY;
-    return finish(key, record);
+    return importKey(key, newDsaKey(DSA_PRIVATE_MAGIC), isUsable, [=](DsaKey& record) {
+        std::uint32_t offset = 0;
+        return readPublic(record, blob, length, offset) && readPrefixed({&record.x}, blob, length, offset);
+    });
 }
 
 Status importDsaPublicInfo(DsaKey** key, const DerElement& parameters, const DerElement& bits)
 {
     if (parameters.tag == DER_NULL) return DER_E_NULL_PARAMETERS;
     if (!isSequence(parameters)) return DER_E_TAG;
-    DsaOwner record(newDsaKey(DSA_PUBLIC_MAGIC));
-    if (!record) return DER_E_MEMORY;
-    if (!readIntegers({&record->p, &record->q, &record->g}, parameters.content, parameters.contentLength) ||
-        !readIntegers({&record->y}, bits.content, bits.contentLength))
-        return DER_E_MALFORMED;
-    return finish(key, record) == STATUS_OK ? STATUS_OK : DER_E_MALFORMED;
+    return derStatusOf(importKey(key, newDsaKey(DSA_PUBLIC_MAGIC), isUsable, [&](DsaKey& record) {
+        return readIntegers({&record.p, &record.q, &record.g}, parameters.content, parameters.contentLength) &&
+               readIntegers({&record.y}, bits.content, bits.contentLength);
+    }));
 }
 
 Status importDsaPrivateDer(DsaKey** key, const DerElement& sequence)
 {
-    DsaOwner record(newDsaKey(DSA_PRIVATE_MAGIC));
-    if (!record) return PKA_E_MEMORY;
-    if (!readVersionedSequence({&record->p, &record->q, &record->g, &record->y, &record->x}, sequence))
-        return PKA_E_KEY;
-    return finish(key, record);
+    return importKey(key, newDsaKey(DSA_PRIVATE_MAGIC), isUsable, [&](DsaKey& record) {
+        return readVersionedSequence({&record.p, &record.q, &record.g, &record.y, &record.x}, sequence);
+    });
 }
 
 Status exportDsaPublicDer(const DsaKey& key, std::uint8_t* output, std::uint32_t* inOutSize)

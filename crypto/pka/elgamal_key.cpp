@@ -5,6 +5,7 @@
 
 #include "crypto/encoding/der_cursor.h"
 #include "crypto/pka/key_bytes.h"
+#include "crypto/pka/key_import.h"
 #include "crypto/pka/key_number.h"
 #include "crypto/pka/public_key_info.h"
 
@@ -24,13 +25,6 @@ bool isUsable(const ElgamalKey& key)
     return !isTooLong(key.p) && bnTestBit(key.p, 0) == 1 && isWithin(key.g, 2, key.p) &&
            isWithin(key.y, isPrivate ? 0 : 1, key.p) && (!isPrivate || isWithin(key.x, 1, key.p)) &&
            !isTooLong(key.fourth);
-}
-
-Status finish(ElgamalKey** key, ElgamalOwner& record)
-{
-    if (!isUsable(*record)) return PKA_E_KEY;
-    *key = record.release();
-    return STATUS_OK;
 }
 
 bool readPublic(ElgamalKey& key, const std::uint8_t* blob, std::uint32_t length, std::uint32_t& offset)
@@ -68,52 +62,44 @@ Status ensureElgamalPublicValue(ElgamalKey& key)
 
 Status importElgamalPublic(ElgamalKey** key, const std::uint8_t* blob, std::uint32_t length)
 {
-    ElgamalOwner record(newElgamalKey(ELGAMAL_PUBLIC_MAGIC));
-    if (!record) return PKA_E_MEMORY;
-    std::uint32_t offset = 0;
-    if (!readPublic(*record, blob, length, offset)) return PKA_E_KEY;
-    return finish(key, record);
+    return importKey(key, newElgamalKey(ELGAMAL_PUBLIC_MAGIC), isUsable, [=](ElgamalKey& record) {
+        std::uint32_t offset = 0;
+        return readPublic(record, blob, length, offset);
+    });
 }
 
 Status importElgamalPrivate(ElgamalKey** key, const std::uint8_t* publicBlob, std::uint32_t publicLength,
                             const std::uint8_t* privateBlob, std::uint32_t privateLength)
 {
-    ElgamalOwner record(newElgamalKey(ELGAMAL_PRIVATE_MAGIC));
-    if (!record) return PKA_E_MEMORY;
-    std::uint32_t offset = 0;
-    if (!readPublic(*record, publicBlob, publicLength, offset)) return PKA_E_KEY;
-    offset = 0;
-    if (!readPrefixed({&record->x}, privateBlob, privateLength, offset)) return PKA_E_KEY;
-    return finish(key, record);
+    return importKey(key, newElgamalKey(ELGAMAL_PRIVATE_MAGIC), isUsable, [=](ElgamalKey& record) {
+        std::uint32_t offset = 0, privateOffset = 0;
+        return readPublic(record, publicBlob, publicLength, offset) &&
+               readPrefixed({&record.x}, privateBlob, privateLength, privateOffset);
+    });
 }
 
 Status importElgamalPrivateBlob(ElgamalKey** key, const std::uint8_t* blob, std::uint32_t length)
 {
-    ElgamalOwner record(newElgamalKey(ELGAMAL_PRIVATE_MAGIC));
-    if (!record) return PKA_E_MEMORY;
-    std::uint32_t offset = 0;
-    if (!readPublic(*record, blob, length, offset) || !readPrefixed({&record->x}, blob, length, offset))
-        return PKA_E_KEY;
-    return finish(key, record);
+    return importKey(key, newElgamalKey(ELGAMAL_PRIVATE_MAGIC), isUsable, [=](ElgamalKey& record) {
+        std::uint32_t offset = 0;
+        return readPublic(record, blob, length, offset) && readPrefixed({&record.x}, blob, length, offset);
+    });
 }
 
 Status importElgamalPublicInfo(ElgamalKey** key, const DerElement& parameters, const DerElement& bits)
 {
     if (!isSequence(parameters)) return DER_E_TAG;
-    ElgamalOwner record(newElgamalKey(ELGAMAL_PUBLIC_MAGIC));
-    if (!record) return DER_E_MEMORY;
-    if (!readParameters(*record, contentOf(parameters)) ||
-        !readIntegers({&record->y}, bits.content, bits.contentLength))
-        return DER_E_MALFORMED;
-    return finish(key, record) == STATUS_OK ? STATUS_OK : DER_E_MALFORMED;
+    return derStatusOf(importKey(key, newElgamalKey(ELGAMAL_PUBLIC_MAGIC), isUsable, [&](ElgamalKey& record) {
+        return readParameters(record, contentOf(parameters)) &&
+               readIntegers({&record.y}, bits.content, bits.contentLength);
+    }));
 }
 
 Status importElgamalPrivateDer(ElgamalKey** key, const DerElement& sequence)
 {
-    ElgamalOwner record(newElgamalKey(ELGAMAL_PRIVATE_MAGIC));
-    if (!record) return PKA_E_MEMORY;
-    if (!readVersionedSequence({&record->p, &record->g, &record->y, &record->x}, sequence)) return PKA_E_KEY;
-    return finish(key, record);
+    return importKey(key, newElgamalKey(ELGAMAL_PRIVATE_MAGIC), isUsable, [&](ElgamalKey& record) {
+        return readVersionedSequence({&record.p, &record.g, &record.y, &record.x}, sequence);
+    });
 }
 
 Status exportElgamalPublicDer(const ElgamalKey& key, std::uint8_t* output, std::uint32_t* inOutSize)
