@@ -2,8 +2,7 @@
 // of its threads in the thread-local storage, of which a process has some thousand in all, its record of the thread,
 // with two handles, and its reserve for exceptions. Given back here, after everything else of the DLL has ended.
 //
-// Other threads that have been inside the DLL keep two handles and some hundred bytes each, until they end, when they
-// outlive it.
+// Other threads that have been inside the DLL and outlive it leave two handles and some hundred bytes each for good.
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 

@@ -51,42 +51,25 @@ TEST(Heap, SecretsAreZeroWhenTheyAreReleased)
 // The checks of the test heap must be able to fail: each fault is committed on purpose.
 TEST(Heap, TestHeapNoticesLeaksAndUnwipedSecrets)
 {
-    EXPECT_NONFATAL_FAILURE(
-        {
-            test::TestHeap heap;
-            (void)heap::allocate(1);
-        },
-        "not released");
-    EXPECT_NONFATAL_FAILURE(
-        {
-            test::TestHeap heap;
-            void* block = heap::allocate(16);
-            heap::releaseSecret(block, 15); // leaves the last byte as it was
-        },
-        "without being wiped");
-    EXPECT_NONFATAL_FAILURE(
-        {
-            test::TestHeap heap;
-            void* block = heap::globalAllocate(16);
-            heap::releaseSecret(block, 16); // the plain heap's
-        },
-        "the other heap");
-    EXPECT_NONFATAL_FAILURE(
-        {
-            test::TestHeap heap;
-            void* block = heap::globalAllocate(16);
-            heap::globalReleaseSecret(block, 0); // as if it held nothing
-        },
-        "not released as secrets");
+    static void (*commit)();
+    const std::pair<void (*)(), const char*> faults[] = {
+        {[] { (void)heap::allocate(1); }, "not released"},
+        {[] { heap::releaseSecret(heap::allocate(16), 15); }, "without being wiped"},
+        {[] { heap::releaseSecret(heap::globalAllocate(16), 16); }, "the other heap"},
+        {[] { heap::globalReleaseSecret(heap::globalAllocate(16), 0); }, "not released as secrets"},
+        {[] { heap::release(&commit); }, "never allocated"},
+    };
+    for (const auto& [fault, message] : faults) {
+        commit = fault;
+        EXPECT_NONFATAL_FAILURE(
+            {
+                test::TestHeap heap;
+                commit();
+            },
+            message);
+    }
     EXPECT_NONFATAL_FAILURE(
         test::forEachFailingAllocation([](test::TestHeap&) { heap::release(heap::allocate(1)); }, 2), "still failing");
-    EXPECT_NONFATAL_FAILURE(
-        {
-            test::TestHeap heap;
-            int other;
-            heap::release(&other);
-        },
-        "never allocated");
 }
 
 } // namespace

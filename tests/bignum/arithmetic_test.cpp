@@ -1,18 +1,17 @@
-// Plain arithmetic through identities and residues, over operands that make carries and corrections run far.
+// Arithmetic that is too long for a comparison with other arithmetic, or has none, by identities and residues over
+// operands that make carries and corrections run far; where results may lie; inverses by the relation they solve.
 #include "crypto/bignum/modular.h"
 #include "tests/bignum/numbers.h"
+#include "tests/support/test_heap.h"
 
 namespace toolbelt::test {
 namespace {
 
-TEST(BigNumArithmetic, SumsDifferencesAndShifts)
+TEST(BigNumArithmetic, WordsAndShifts)
 {
     Dice dice(1);
     for (int round = 0; round < 3000; ++round) {
-        const Number a = dice.number(1 + dice.below(6)), b = dice.number(dice.below(6));
-        const Number sum = run(bnAdd, a, b);
-        ASSERT_EQ(residue(sum), (residue(a) + residue(b)) % residuePrime);
-        ASSERT_EQ(run(bnSubtract, sum, b), a);
+        const Number a = dice.number(1 + dice.below(6));
         ASSERT_EQ(run(bnSubtractWord, run(bnAddWord, a, ~std::uint64_t{0}), ~std::uint64_t{0}), a);
         // Shifting left multiplies by 2^bits; shifting right drops what division by 2^bits drops.
         const std::uint32_t bits = dice.below(300);
@@ -91,6 +90,10 @@ TEST(BigNumArithmetic, TheLongestOperands)
                                 bnMultiply(out, beyond, beyond), bnShiftLeft(out, beyond, 1),
                                 bnShiftRight(out, beyond, 1), bnModulo(out, beyond, word), bnModulo(out, word, beyond)})
         EXPECT_EQ(status, BN_E_RANGE);
+    const Number seven("07");
+    for (const Status status : {bnModMultiply(out, word, seven, beyond), bnModExp(out, word, beyond, seven),
+                                bnGcd(out, word, beyond), bnModInverse(out, beyond, seven)})
+        EXPECT_EQ(status, BN_E_RANGE);
 }
 
 TEST(BigNumArithmetic, PairsOfPowers)
@@ -115,6 +118,66 @@ TEST(BigNumArithmetic, PairsOfPowers)
             ASSERT_EQ(both, expectedOfOne) << hex(a) << " ^ " << hex(x) << ", ^ " << hex(y) << " mod " << hex(n);
         });
     }
+}
+
+TEST(BigNumModular, ResultsInBorrowedAndSharedRecords)
+{
+    const Number b("123456789abcdef0123456789abcdef011"), e("fedcba9876543211"), n("c90fdaa22168c234c4c6628b80dc1cd1");
+    Number window(std::string(64, 'f')), view;
+    ASSERT_EQ(bnView(view, window, 1, 2), STATUS_OK);
+    ASSERT_EQ(bnModExp(view, b, e, n), STATUS_OK);
+    EXPECT_EQ(hex(window), std::string(16, 'f') + hex(run(bnModExp, b, e, n, true)) + std::string(16, 'f'));
+    ASSERT_EQ(bnView(view, window, 1, 1), STATUS_OK);
+    EXPECT_EQ(bnModExp(view, b, e, n), BN_E_RANGE);
+    Number all("0fffffffffffffffffffffff");
+    ASSERT_EQ(bnModExp(all, all, all, all), STATUS_OK);
+    EXPECT_EQ(hex(all), "00");
+}
+
+TEST(BigNumModular, CoefficientsAndInverses)
+{
+    Dice dice(12);
+    int signs[2] = {0, 0};
+    const Number one("01"), zero;
+    for (int round = 0; round < 1500; ++round) {
+        const std::uint32_t limbs = round % 10 ? 6 : 40;
+        Number a = round < 200 ? run(bnAddWord, zero, 1 + dice.below(12)) : dice.number(1 + dice.below(limbs));
+        Number m = round < 100 ? run(bnAddWord, zero, 1 + dice.below(12)) : dice.number(1 + dice.below(limbs));
+        // Quotients that are all 1, and, in between, one of any length: neighbours of a Fibonacci sequence.
+        if (round % 5 == 1)
+            for (std::uint32_t i = dice.below(600); i-- > 0; std::swap(a, m)) a = run(bnAdd, a, m);
+        SignedBigNum x, y;
+        Number inverse;
+        const Status expected = run(bnGcd, a, m) == one ? STATUS_OK : BN_E_NO_INVERSE;
+        ASSERT_EQ(bnExtendedGcd(x, &y, a, m), expected);
+        ASSERT_EQ(bnModInverse(inverse, a, m), expected);
+        if (expected != STATUS_OK) continue;
+        // a x + m y = 1: the greater product is the other one and 1.
+        const Number ax = run(bnMultiply, a, x.value), my = run(bnMultiply, m, y.value);
+        ASSERT_EQ(x.negative   ? run(bnSubtract, my, ax)
+                  : y.negative ? run(bnSubtract, ax, my)
+                               : run(bnAdd, ax, my),
+                  one)
+            << hex(a) << ", " << hex(m);
+        ++signs[x.negative];
+        ASSERT_LT(bnCompare(inverse, m), 0);
+        ASSERT_EQ(run(bnModMultiply, a, inverse, m), run(bnModulo, one, m));
+    }
+    EXPECT_TRUE(signs[0] > 50 && signs[1] > 50) << "the operands no longer reach every case";
+}
+
+TEST(BigNumModular, AnExponentiationAllocatesNothingPerProduct)
+{
+    Dice dice(8);
+    const Number base = dice.number(4), n = dice.number(4), three("03"), longer(std::string(512, 'e'));
+    n.limbs[0] |= 1;
+    const auto allocations = [&](const BigNum& exponent) {
+        TestHeap heap;
+        BigNum r;
+        EXPECT_EQ(bnModExp(r, base, exponent, n), STATUS_OK);
+        return heap.allocations();
+    };
+    forEachTier([&] { EXPECT_EQ(allocations(three), allocations(longer)); });
 }
 
 } // namespace

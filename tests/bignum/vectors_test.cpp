@@ -59,9 +59,11 @@ TEST(BigNumVectors, EveryRecordInEveryForm)
             }
         } else if (op == "modexp") {
             const std::string e = record.get("e"), m = record.get("m");
-            forEachTier([&] { EXPECT_EQ(hex(run(bnModExp, Number(a), Number(e), Number(m), false)), r); });
+            const Status status = r == "none" ? BN_E_RANGE : STATUS_OK; // a modulus of 0
+            if (status == STATUS_OK)
+                forEachTier([&] { EXPECT_EQ(hex(run(bnModExp, Number(a), Number(e), Number(m), false)), r); });
             for (const bool plain : {false, true})
-                expectEverywhere({a, e, m}, r, STATUS_OK,
+                expectEverywhere({a, e, m}, r, status,
                                  [&](BigNum& d, const Number* n) { return bnModExp(d, n[0], n[1], n[2], plain); });
         } else if (op == "divmod") {
             const std::string b = record.get("b");

@@ -2,7 +2,6 @@
 #include "Includes/cDlg/countdown.h"
 #include "Includes/cDlg/dialog_drawing.h"
 #include "tests/dialog/support.h"
-#include "tests/support/test_heap.h"
 
 extern "C" {
 extern void* systemParametersSlot __asm__("__imp__SystemParametersInfoW@16");
@@ -52,11 +51,6 @@ TEST(Countdown, ShowsWhatIsLeftAndPressesOnce)
               (Texts{"&First (2)", "&First (1)", std::to_string(MAKEWPARAM(BUTTON_FIRST, BN_CLICKED)), "&First"}));
     ASSERT_TRUE(dialog.StartCountdown(4, BODY_TEXT, 2)); // the second button, by number; stopped before the end
     tick(1);
-    {
-        TestHeap heap;
-        heap.failAt(1);
-        tick(1);
-    }
     EXPECT_EQ(textOf(window, BUTTON_SECOND), "&Second (3)");
     dialog.StopCountdown();
     EXPECT_EQ(textOf(window, BUTTON_SECOND), "&Second");

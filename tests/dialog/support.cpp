@@ -4,6 +4,7 @@
 
 #include "Includes/stringFuncs/diagnostics.h"
 #include "Includes/system/message_box.h"
+#include "tests/support/drawing_objects.h"
 
 namespace toolbelt::test {
 namespace {
@@ -89,18 +90,13 @@ void pump(DWORD milliseconds, const std::function<bool()>& done)
 
 std::pair<int, int> countObjects()
 {
-    int objects = static_cast<int>(GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)), windows = 0;
-    if (objects == 0) { // Wine does not tell; the process's handle table does: 24 bytes an entry, a type of 0 is free
-        const char* table = nullptr;
-        std::memcpy(&table, reinterpret_cast<const char*>(__readfsdword(0x30)) + 0x94, sizeof table);
-        for (int i = 0; i < 0x4000; ++i) objects += table[24 * i + 14] != 0;
-    }
+    int windows = 0;
     for (std::uintptr_t handle = 0x20; handle < 0x2000; handle += 2) {
         DWORD process = 0;
         GetWindowThreadProcessId(reinterpret_cast<HWND>(handle), &process);
         windows += process == GetCurrentProcessId();
     }
-    return {objects, windows};
+    return {drawingObjects(), windows};
 }
 
 } // namespace toolbelt::test

@@ -88,18 +88,6 @@ TEST(HashKeccak, EveryUpdateIsAMessageOfItsOwn)
         EXPECT_EQ(record.unread(), std::vector<std::string>());
     }
     EXPECT_EQ(severalUpdates, 4u);
-
-    // Pieces of whole blocks before the last one are the same as one call.
-    const Bytes message = test::pattern(72 * 5 + 30);
-    const auto piece = [&](std::size_t from, std::size_t to) {
-        return Bytes(message.begin() + std::ptrdiff_t(from), message.begin() + std::ptrdiff_t(to));
-    };
-    for (const std::size_t end : {std::size_t(72 * 5), std::size_t(72 * 5 - 1), message.size()})
-        for (std::size_t split = 72; split < end; split += 72)
-            EXPECT_EQ(digestOf(test::KECCAK_ID, {piece(0, split), piece(split, end)}),
-                      digestOf(test::KECCAK_ID, {piece(0, end)}))
-                << split << " of " << end;
-    EXPECT_NE(digestOf(test::KECCAK_ID, {piece(0, 71), piece(71, 80)}), digestOf(test::KECCAK_ID, {piece(0, 80)}));
 }
 
 } // namespace

@@ -58,12 +58,6 @@ TEST(Elgamal, Signatures)
         if (numbers.k() > 64) continue;
         EXPECT_EQ(verifyDer(*open, derElement(4, der), digest), 0);
         EXPECT_EQ(verifyDer(*open, join({derElement(3, join({{0}, der})), {5, 0}}), digest), 0);
-        Bytes other = digest, changed = s;
-        other.back() ^= 1;
-        changed.back() ^= 1;
-        EXPECT_EQ(verifyPrefixed(*open, signature, other), 32);
-        EXPECT_EQ(verifyPrefixed(*open, join({prefixed(r), prefixed(changed)}), digest), 32);
-        EXPECT_EQ(verifyPrefixed(*open, join({prefixed(r), prefixed(join({{1}, numbers.p}))}), digest), 32);
     }
 }
 

@@ -177,41 +177,42 @@ TEST_F(Generate, FieldKeysRefuseOtherLengths)
     EXPECT_EQ(generate(generateElgamal, elgamal, 128, seed, nullptr), PKA_E_LENGTH);
 }
 
+Status makeRsa(ProgressSink* sink)
+{
+    RsaPrivateOwner key;
+    Bytes seed = seedOf(32);
+    return generate(key, seed, 0, sink);
+}
+Status makeDsa(ProgressSink* sink)
+{
+    DsaOwner key;
+    Bytes seed(DSA_SEED_LENGTH, 0x3D);
+    return generate(generateDsa, key, 512, seed, sink);
+}
+Status makeElgamal(ProgressSink* sink)
+{
+    ElgamalOwner key;
+    Bytes seed(elgamalSeedLength(128), 0x3E);
+    return generate(generateElgamal, key, 128, seed, sink);
+}
+
 TEST_F(Generate, StopsAtAnyReport)
 {
-    const struct
-    {
-        std::function<Status(std::uint32_t seedBytes, ProgressSink* sink)> make;
-        std::vector<std::size_t> stops; // in the table, at its end, at the phases, in them
-    } generators[] = {{[](std::uint32_t length, ProgressSink* sink) {
-                           RsaPrivateOwner key;
-                           Bytes seed = seedOf(length);
-                           return generate(key, seed, 0, sink);
-                       },
-                       {1, 2, 1024, 1025, 1026}},
-                      {[](std::uint32_t, ProgressSink* sink) {
-                           DsaOwner key;
-                           Bytes seed(DSA_SEED_LENGTH, 0x3D);
-                           return generate(generateDsa, key, 512, seed, sink);
-                       },
-                       {1, 2, 2048, 2049, 2050, 2060}},
-                      {[](std::uint32_t, ProgressSink* sink) {
-                           ElgamalOwner key;
-                           Bytes seed(elgamalSeedLength(128), 0x3E);
-                           return generate(generateElgamal, key, 128, seed, sink);
-                       },
-                       {1, 2, 512, 513, 514}}};
-    for (const auto& generator : generators) {
-        SCOPED_TRACE(&generator - generators);
-        for (const std::size_t at : generator.stops) {
+    // In the table, at its end, at the phases, in them.
+    const std::pair<Status (*)(ProgressSink*), std::vector<std::size_t>> generators[] = {
+        {makeRsa, {1, 2, 1024, 1025, 1026}},
+        {makeDsa, {1, 2, 2048, 2049, 2050, 2060}},
+        {makeElgamal, {1, 2, 512, 513, 514}},
+    };
+    for (const auto& [make, stops] : generators)
+        for (const std::size_t at : stops) {
             const TestHeap heap;
             RecordingSink sink;
             sink.stopAt = at;
-            EXPECT_EQ(generator.make(32, &sink), RecordingSink::STOP);
+            EXPECT_EQ(make(&sink), RecordingSink::STOP) << at;
             EXPECT_EQ(sink.reports(), at) << "called again after it said stop";
-            EXPECT_EQ(bnPrimeTable(nullptr), nullptr);
+            EXPECT_EQ(bnPrimeTable(nullptr), nullptr) << at;
         }
-    }
 }
 
 } // namespace

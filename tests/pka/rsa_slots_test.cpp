@@ -1,5 +1,10 @@
 // The contract of the RSA slots: the order of their checks, the sizes they ask for, what they leave
 // alone, and what a signature may hold. Signatures are made with the key itself.
+#include <chrono>
+#include <ctime>
+
+#include "crypto/base/runtime_rand.h"
+#include "crypto/pka/pkcs1.h"
 #include "tests/pka/keys.h"
 
 namespace toolbelt::test {
@@ -77,31 +82,6 @@ TEST_F(Rsa512Slots, SigningTakesADigestOrAPreparedBlock)
     EXPECT_EQ(verifyDer(*open, run(*secret, &cPKA::signDer, {}), {}), 0);
 }
 
-TEST_F(Rsa512Slots, ADigestInfoMustBeWellFormedAndFillItsBlock)
-{
-    const Bytes oid = fromHex("06052b0e03021a"), null = {5, 0}; // SHA-1, RFC 8017, appendix B.1
-    const Bytes algorithm = derElement(0x30, join({oid, null})), octets = derElement(4, digest);
-    const Bytes info = derElement(0x30, join({algorithm, octets}));
-    const auto verify = [&](const Bytes& payload) {
-        return verifyDer(*open, run(*secret, &cPKA::signDer, payload), digest);
-    };
-    EXPECT_EQ(verify(digest), 0);
-    EXPECT_EQ(verify(info), 0);
-    const std::pair<const char*, Bytes> refused[] = {
-        {"bytes behind it", join({info, {0}})},
-        {"bytes behind the digest", derElement(0x30, join({algorithm, octets, null}))},
-        {"three in the algorithm", derElement(0x30, join({derElement(0x30, join({oid, null, null})), octets}))},
-        {"an unknown algorithm", derElement(0x30, join({derElement(0x30, {6, 3, 0x2A, 0x7F, 0x7F}), octets}))},
-        {"no algorithm", derElement(0x30, octets)},
-        {"a digest of another type", derElement(0x30, join({algorithm, derElement(0x0C, digest)}))},
-        {"a digest cut short", derElement(0x30, join({algorithm, derElement(4, Bytes(19, 0x33))}))},
-        {"another digest", derElement(0x30, join({algorithm, derElement(4, Bytes(20, 0x34))}))},
-        {"an indefinite length", join({{0x30, 0x80}, algorithm, octets, {0, 0}})},
-    };
-    for (const auto& [name, payload] : refused) EXPECT_EQ(verify(payload), 32) << name;
-    for (std::size_t size = 0; size < info.size(); ++size) EXPECT_EQ(verify(slice(info, 0, size)), 32);
-}
-
 TEST_F(Rsa512Slots, SignaturesComeAsNumbersOrAsStringsOfTheKeysLength)
 {
     const Bytes octet = run(*secret, &cPKA::signDer, digest), raw = slice(octet, 2, k);
@@ -149,24 +129,29 @@ TEST(RsaSlots, ShortInputsToSmallExponentsFail)
     }
 }
 
-TEST(RsaSlots, NumbersOfTheModulusAndAboveAreTakenModuloItButAreNoSignatures)
+// The random bytes are the runtime's, seeded from the clock and laid down from the end: found again by trying the few
+// seeds that the moment allows.
+TEST(Pkcs1, RandomPaddingIsTheSeededGeneratorsFromTheLastByteOn)
 {
-    const RsaNumbers& numbers = rsaKey("rsa1025"); // its bytes have room for a signature with n on top
-    const std::uint32_t k = numbers.k();
-    const Key open = numbers.open(), secret = numbers.secret();
-    const Bytes digest(20, 0x5A), signature = slice(run(*secret, &cPKA::signDer, digest), 3, k);
-    Bytes raised(k);
-    for (std::uint32_t i = k, carry = 0; i-- > 0; carry >>= 8) {
-        carry += signature[i] + numbers.n[i];
-        raised[i] = static_cast<std::uint8_t>(carry);
-    }
-    EXPECT_EQ(run(*open, &cPKA::publicFromDer, derElement(4, raised)),
-              run(*open, &cPKA::publicFromDer, derElement(4, signature)));
-    EXPECT_EQ(verifyDer(*open, derElement(4, signature), digest), 0);
-    EXPECT_EQ(verifyDer(*open, derElement(4, raised), digest), 32);
-    EXPECT_EQ(verifyPrefixed(*open, prefixed(raised, k + 2), digest), 32);
-    EXPECT_EQ(run(*secret, &cPKA::privateFromPrefixed, prefixed(numbers.n, k + 2)), Bytes(k));
-    EXPECT_EQ(run(*open, &cPKA::encryptPrefixed, Bytes(k)), Bytes(k + 2)); // zeros behind a short result
+    const auto seconds = [] { return static_cast<std::uint32_t>(std::time(nullptr)); };
+    const auto milliseconds = [] {
+        const auto now = std::chrono::steady_clock::now().time_since_epoch();
+        return static_cast<std::uint32_t>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
+    };
+    Bytes block(2048); // long enough for bytes that were 0 and became 1
+    const std::uint32_t second = seconds(), millisecond = milliseconds();
+    ASSERT_EQ(pkcs1Pad(block.data(), 2048, PKCS1_ENCRYPTION, nullptr, 0), STATUS_OK);
+    const std::uint32_t lastSecond = seconds(), lastMillisecond = milliseconds();
+    bool found = false;
+    for (std::uint32_t s = second; s <= lastSecond; ++s)
+        for (std::uint32_t m = millisecond; m <= lastMillisecond; ++m) {
+            runtimeSrand(s ^ m);
+            Bytes expected = {0, 2, 0};
+            for (int i = 0; i < 2045; ++i)
+                expected.insert(expected.begin() + 2, static_cast<std::uint8_t>(std::max(1, runtimeRand() & 0xFF)));
+            found = found || block == expected;
+        }
+    EXPECT_TRUE(found);
 }
 
 } // namespace

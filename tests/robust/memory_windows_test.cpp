@@ -1,8 +1,12 @@
-// Memory that runs out, of what needs Windows: files, system texts, posts to the server beside this program, dialogs.
+// Memory that runs out, of what needs Windows: files, system texts, mails, posts to the server beside this program,
+// dialogs.
 #include "Includes/cDlg/colored_dlg.h"
+#include "Includes/cDlg/countdown.h"
 #include "Includes/stringFuncs/file_view.h"
 #include "Includes/stringFuncs/text_file.h"
 #include "Includes/system/mail_link.h"
+#include "Includes/system/mapi_mail.h"
+#include "Includes/system/message_box.h"
 #include "Includes/system/percent_encode.h"
 #include "Includes/system/powershell.h"
 #include "include/toolbelt/toolbelt_c.h"
@@ -10,7 +14,6 @@
 #include "tests/dialog/resources.h"
 #include "tests/robust/operations.h"
 #include "tests/stringFuncs/text_support.h"
-
 #include "tests/support/vectors.h"
 
 #define WIN32_LEAN_AND_MEAN
@@ -19,23 +22,18 @@
 namespace toolbelt::test {
 namespace {
 
-Status failed(bool done)
+class MemoryWindows : public testing::Test
 {
-    return done ? STATUS_OK : -1;
+    const Recorder quiet; // texts say on the debug channel what they lack
+};
+
+// In the place of a box that would wait for somebody.
+int __stdcall unseen(void*, const char*, const char*, unsigned int)
+{
+    return IDOK;
 }
 
-Operation quiet(std::string name, std::function<Status(TestHeap&)> run, std::vector<std::vector<Status>> failures,
-                std::uint32_t plain = 0)
-{
-    return {std::move(name),
-            [run = std::move(run)](TestHeap& heap) {
-                const Recorder recorder;
-                return run(heap);
-            },
-            std::move(failures), plain};
-}
-
-TEST(MemoryWindows, FilesAndTexts)
+TEST_F(MemoryWindows, FilesAndTexts)
 {
     wchar_t path[MAX_PATH], folder[MAX_PATH];
     GetTempPathW(MAX_PATH, folder);
@@ -44,66 +42,81 @@ TEST(MemoryWindows, FilesAndTexts)
     DWORD written = 0;
     ASSERT_TRUE(WriteFile(file, "secret-secret", 13, &written, nullptr));
     CloseHandle(file);
-    const Operation operations[] = {
-        quiet("LoadTextFile",
-              [&](TestHeap& heap) {
-                  cWCS text;
-                  return again(heap, [&] {
-                      const std::int32_t code = LoadTextFile(text, path);
-                      EXPECT_EQ(units(text), code == 0 ? u"secret-secret" : u"");
-                      return code;
-                  });
-              },
-              {{ERROR_NOT_ENOUGH_MEMORY}}),
-        quiet("cFileView Open, Map",
-              [&](TestHeap& heap) {
-                  cFileView view;
-                  return again(heap, [&] {
-                      const bool done = view.Open(path) && view.Map(0);
-                      EXPECT_EQ(view.view() != nullptr, done);
-                      return done ? STATUS_OK : static_cast<Status>(view.lastError());
-                  });
-              },
-              {{ERROR_NOT_ENOUGH_MEMORY}}),
-        quiet("cWCS SystemErrorText",
-              [](TestHeap& heap) {
-                  cWCS text;
-                  return again(heap, [&] {
-                      const bool done = units(text.SystemErrorText(5)) != u"<NULL>";
-                      EXPECT_EQ(text.text() != nullptr, done);
-                      return failed(done);
-                  });
-              },
-              {{-1}}),
-        quiet("splitMailLink",
-              [](TestHeap& heap) {
-                  MailLink parts;
-                  return again(heap,
-                               [&] { return failed(splitMailLink(parts, L"mailto:a?subject=b&body=c&attach=d")); });
-              },
-              {{-1}}),
-        quiet("formatPowerShellLine",
-              [](TestHeap&) {
-                  cWCS line;
-                  return failed(formatPowerShellLine(line, L"a", L"b") != nullptr);
-              },
-              {{-1}}),
-        quiet("PercentEncode",
-              [](TestHeap& heap) {
-                  cWCS text;
-                  return again(heap, [&] {
-                      EXPECT_TRUE(PercentEncode(L"secret secret", text)) << "always, by design";
-                      return failed(units(text) == u"secret%20secret");
-                  });
-              },
-              {{-1}}),
+    const auto load = [&](TestHeap& heap) {
+        cWCS text;
+        return again(heap, [&] {
+            const std::int32_t code = LoadTextFile(text, path);
+            EXPECT_EQ(units(text), code == 0 ? u"secret-secret" : u"");
+            return code;
+        });
     };
-    const Bytes secret = {'s', 0, 'e', 0, 'c', 0, 'r', 0, 'e', 0, 't', 0};
-    for (const Operation& operation : operations) runWithoutMemory(operation, {secret});
+    const auto view = [&](TestHeap& heap) {
+        cFileView opened;
+        return again(heap, [&] {
+            const bool done = opened.Open(path) && opened.Map(0);
+            EXPECT_EQ(opened.view() != nullptr, done);
+            return done ? STATUS_OK : static_cast<Status>(opened.lastError());
+        });
+    };
+    const auto errorText = [](TestHeap& heap) {
+        cWCS text;
+        return again(heap, [&] {
+            const bool done = units(text.SystemErrorText(5)) != u"<NULL>";
+            EXPECT_EQ(text.text() != nullptr, done);
+            return failed(done);
+        });
+    };
+    const auto split = [](TestHeap& heap) {
+        MailLink parts;
+        return again(heap, [&] { return failed(splitMailLink(parts, L"mailto:a?subject=b&body=c&attach=d")); });
+    };
+    const auto line = [](TestHeap&) {
+        cWCS text;
+        return failed(formatPowerShellLine(text, L"a", L"b") != nullptr);
+    };
+    const std::wstring plain = L"secret" + std::wstring(2100, L' ');
+    std::u16string escaped = u">secret";
+    for (int i = 0; i < 2100; ++i) escaped += u"%20";
+    const auto encode = [&](TestHeap& heap) {
+        cWCS text;
+        if (!text.Append(L">")) return -1;
+        return again(heap, [&] {
+            EXPECT_TRUE(PercentEncode(plain.c_str(), text)) << "always, by design";
+            EXPECT_TRUE(units(text) == u">" || units(text) == escaped) << "all or nothing";
+            return failed(units(text) == escaped);
+        });
+    };
+    // The stand-in for the mail library answers that it was sent.
+    const std::string crafted = CRAFTED;
+    const std::wstring library(crafted.begin(), crafted.end());
+    const auto send = [&](TestHeap&) {
+        const std::uint32_t sent = sendMailThrough(library.c_str(), nullptr, L"a@b.c", L"secret", L"secret", L"secret");
+        return static_cast<Status>(sent);
+    };
+    EXPECT_EQ(setMessageBoxFunction(unseen), nullptr);
+    // It is started without a command, and so neither found nor not found means that memory ran out.
+    const auto powerShell = [](TestHeap&) {
+        const std::uint32_t error = RunPowerShell(nullptr);
+        return error == ERROR_FILE_NOT_FOUND ? STATUS_OK : static_cast<Status>(error);
+    };
+    const Failures memory = {{ERROR_NOT_ENOUGH_MEMORY}};
+    runAll(
+        {
+            {"LoadTextFile", load, memory},
+            {"cFileView Open, Map", view, memory},
+            {"cWCS SystemErrorText", errorText},
+            {"splitMailLink", split},
+            {"formatPowerShellLine", line},
+            {"PercentEncode", encode},
+            {"sendMailThrough", send, {{MAIL_NO_MEMORY}}},
+            {"RunPowerShell", powerShell, memory},
+        },
+        {{'s', 0, 'e', 0, 'c', 0, 'r', 0, 'e', 0, 't', 0}});
+    setMessageBoxFunction(nullptr);
     EXPECT_TRUE(DeleteFileW(path)) << "something was left open";
 }
 
-TEST(MemoryWindows, Posts)
+TEST_F(MemoryWindows, Posts)
 {
     const char* const ports = std::getenv("TOOLBELT_TEST_PORTS");
     ASSERT_NE(ports, nullptr) << "to be run by with_server.py";
@@ -120,22 +133,21 @@ TEST(MemoryWindows, Posts)
             });
         };
     };
-    const Operation operations[] = {
-        quiet("postJson", posts([=](cByteBuffer& b) { return postJson(b, "{}", L"127.0.0.1", L"large/9", port, 0); }),
-              {{POST_E_ANSWER}}),
-        quiet("postJsonToUrl", posts([=](cByteBuffer& b) { return postJsonToUrl(b, "{}", wideUrl.c_str()); }),
-              {{POST_E_URL}, {POST_E_ANSWER}}),
-        quiet(
-            "tb_json_post",
-            [&](TestHeap&) {
-                tb_answer* answer = nullptr;
-                const tb_status status = tb_json_post(url.c_str(), "{}", &answer);
-                EXPECT_EQ(answer != nullptr, status == TB_OK);
-                return tb_answer_close(answer), status;
-            },
-            {{TB_E_MEMORY}, {TB_E_URL}, {TB_E_ANSWER, TB_E_MEMORY}}, 1),
+    const auto flat = [&](TestHeap&) {
+        tb_answer* answer = nullptr;
+        const tb_status status = tb_json_post(url.c_str(), "{}", &answer);
+        EXPECT_EQ(answer != nullptr, status == TB_OK);
+        return tb_answer_close(answer), status;
     };
-    for (const Operation& operation : operations) runWithoutMemory(operation);
+    runAll({
+        {"postJson",
+         posts([=](cByteBuffer& b) { return postJson(b, "{}", L"127.0.0.1", L"large/9", port, 0); }),
+         {{POST_E_ANSWER}}},
+        {"postJsonToUrl",
+         posts([=](cByteBuffer& b) { return postJsonToUrl(b, "{}", wideUrl.c_str()); }),
+         {{POST_E_URL}, {POST_E_ANSWER}}},
+        {"tb_json_post", flat, {{TB_E_MEMORY}, {TB_E_URL}, {TB_E_ANSWER, TB_E_MEMORY}}, 1},
+    });
 }
 
 template <typename Dialog>
@@ -149,7 +161,7 @@ struct Closing : Dialog
 };
 
 template <typename Dialog>
-void runDialog(const char* name, std::uint32_t id)
+void runDialog(const std::string& name, std::uint32_t id)
 {
     const InstanceHandle module = GetModuleHandleW(nullptr);
     const auto create = [=](TestHeap& heap) {
@@ -168,11 +180,21 @@ void runDialog(const char* name, std::uint32_t id)
             return result == IDOK ? STATUS_OK : result;
         });
     };
-    runWithoutMemory(quiet(std::string(name) + " Create", create, {{-1}}, 1)); // the template's copy
-    runWithoutMemory(quiet(std::string(name) + " DoModal", show, {{-1}}, 1));
+    // Plain: the template's copy.
+    runAll({{name + " Create", create, {{-1}}, 1}, {name + " DoModal", show, {{-1}}, 1}});
 }
 
-TEST(MemoryWindows, Dialogs)
+struct Counting : cDlg, cCountdownButton
+{
+    using cCountdownButton::StartCountdown;
+    using cCountdownButton::StopCountdown;
+    MessageResult OnMessage(unsigned int message, WordParameter word, LongParameter) override
+    {
+        return OnCountdownMessage(message, word);
+    }
+};
+
+TEST_F(MemoryWindows, Dialogs)
 {
     { // the fonts and icons that dialogs share are built by the first and stay
         cColoredDlg first;
@@ -182,6 +204,27 @@ TEST(MemoryWindows, Dialogs)
     }
     runDialog<cDlg>("cDlg", DIALOG_CLASSIC);
     runDialog<cColoredDlg>("cColoredDlg", DIALOG_HEADER);
+
+    // A second for whose text there is no memory is not shown, and the countdown goes on.
+    const auto count = [](TestHeap& heap) {
+        Counting dialog;
+        if (!dialog.Create(GetModuleHandleW(nullptr), DIALOG_CLASSIC, nullptr, nullptr)) return -1;
+        wchar_t text[20] = L"";
+        const bool done = dialog.StartCountdown(4, BUTTON_FIRST);
+        const auto tick = [&] {
+            SendMessageW(static_cast<HWND>(dialog.window), WM_TIMER, COUNTDOWN_TIMER, 0);
+            GetDlgItemTextW(static_cast<HWND>(dialog.window), BUTTON_FIRST, text, 20);
+            return units(text);
+        };
+        const std::u16string shown = done ? tick() : u"";
+        EXPECT_TRUE(!done || shown == u"&First" || shown == u"&First (3)");
+        heap.recover();
+        EXPECT_EQ(tick(), done ? u"&First (2)" : u"&First");
+        dialog.StopCountdown();
+        DestroyWindow(static_cast<HWND>(dialog.window));
+        return failed(shown == u"&First (3)");
+    };
+    runWithoutMemory({"cCountdownButton", count, {{-1}}, 1});
 }
 
 } // namespace

@@ -16,14 +16,18 @@
 
 namespace toolbelt::test {
 
+using Run = std::function<Status(TestHeap&)>;
+using Failures = std::vector<std::vector<Status>>;
+using Secrets = std::vector<std::vector<std::uint8_t>>;
+
 struct Operation
 {
     std::string name;
     // A status or another number, 0 for success. It is called once more, with memory, after many failures, and makes
     // anew what it changes, so that it shows what the library keeps.
-    std::function<Status(TestHeap&)> run;
+    Run run;
     // What it answers without memory: in place n for its n-th allocation, the last one for all behind it.
-    std::vector<std::vector<Status>> failures;
+    Failures failures = {{-1}};
     // Blocks that it may release as they are, since they never held a secret.
     std::uint32_t plain = 0;
     // One failure may be survived: the operation tries something smaller, or counts a candidate as unfit.
@@ -52,7 +56,20 @@ Status again(TestHeap& heap, Call call)
     return status;
 }
 
-inline void runWithoutMemory(const Operation& operation, const std::vector<std::vector<std::uint8_t>>& secrets = {})
+// An operation that is such a call.
+template <typename Call>
+Run repeated(Call call)
+{
+    return [call](TestHeap& heap) { return again(heap, call); };
+}
+
+// Of operations that answer yes or no.
+inline Status failed(bool done)
+{
+    return done ? STATUS_OK : -1;
+}
+
+inline void runWithoutMemory(const Operation& operation, const Secrets& secrets = {})
 {
     SCOPED_TRACE(operation.name);
     const testing::TestInfo* const test = testing::UnitTest::GetInstance()->current_test_info();
@@ -84,6 +101,11 @@ inline void runWithoutMemory(const Operation& operation, const std::vector<std::
     std::printf("    %-36s %6u failures\n", operation.name.c_str(), failures);
     ++Injected::operations;
     Injected::failures += failures;
+}
+
+inline void runAll(const std::vector<Operation>& operations, const Secrets& secrets = {})
+{
+    for (const Operation& operation : operations) runWithoutMemory(operation, secrets);
 }
 
 } // namespace toolbelt::test

@@ -13,6 +13,8 @@
 
 #include <vector>
 
+#include "tests/support/drawing_objects.h"
+
 namespace toolbelt::test {
 
 struct Holdings
@@ -50,7 +52,7 @@ inline Holdings holdings()
     CloseHandle(snapshot);
     PROCESS_HEAP_ENTRY entry = {};
     while (HeapWalk(GetProcessHeap(), &entry)) found.blocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
-    found.drawing = static_cast<int>(GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS));
+    found.drawing = drawingObjects();
     PROCESS_MEMORY_COUNTERS counters = {};
     GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
     found.bytes = counters.PagefileUsage;

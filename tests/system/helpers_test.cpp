@@ -13,9 +13,13 @@
 #include "Includes/system/system_description.h"
 #include "Includes/system/wow64.h"
 #include "tests/support/process_holdings.h"
-#include "tests/support/test_heap.h"
 #include "tests/support/vectors.h"
+#include "tests/system/replaced.h"
 #include "tests/system/support.h"
+
+extern "C" {
+extern void* createProcessSlot __asm__("__imp__CreateProcessW@40");
+}
 
 namespace toolbelt::test {
 namespace {
@@ -180,6 +184,16 @@ struct Witness
     }
 };
 
+std::wstring started;
+
+BOOL WINAPI noteProgram(const wchar_t* program, wchar_t*, SECURITY_ATTRIBUTES*, SECURITY_ATTRIBUTES*, BOOL, DWORD,
+                        void*, const wchar_t*, STARTUPINFOW*, PROCESS_INFORMATION*)
+{
+    started = program;
+    SetLastError(ERROR_ACCESS_DENIED);
+    return FALSE;
+}
+
 TEST(Helpers, PowerShellAndTheShellStartPrograms)
 {
     const std::wstring folder = programFolder() + L"beside";
@@ -196,12 +210,21 @@ TEST(Helpers, PowerShellAndTheShellStartPrograms)
     EXPECT_EQ(runPowerShellFrom(folder.c_str(), nullptr), 0u);
     wchar_t system[MAX_PATH];
     const std::wstring own(system, GetSystemDirectoryW(system, MAX_PATH));
-    const DWORD there = GetFileAttributesW((own + L"\\WindowsPowerShell\\v1.0\\powershell.exe").c_str());
-    EXPECT_GE(forEachFailingAllocation([&](TestHeap& heap) {
-                  const std::uint32_t error = RunPowerShell(nullptr);
-                  EXPECT_EQ(error, heap.failed() ? 8u : there == INVALID_FILE_ATTRIBUTES ? 2u : 0u);
-              }),
-              1u);
+    const std::wstring real = own + L"\\WindowsPowerShell\\v1.0\\powershell.exe";
+    const bool isThere = GetFileAttributesW(real.c_str()) != INVALID_FILE_ATTRIBUTES;
+    EXPECT_EQ(RunPowerShell(nullptr), isThere ? 0u : 2u);
+    { // planted in the current folder and beside the program, where the system itself looks first
+        const std::filesystem::path before = std::filesystem::current_path(),
+                                    planted = programFolder() + L"powershell.exe";
+        std::filesystem::current_path(folder);
+        std::filesystem::copy_file("powershell.exe", planted);
+        const Replaced noted(&createProcessSlot, noteProgram);
+        EXPECT_EQ(runPowerShellFrom(L"Z:\\nowhere", L"x"), 2u);
+        EXPECT_EQ(RunPowerShell(L"x"), isThere ? DWORD{ERROR_ACCESS_DENIED} : DWORD{ERROR_FILE_NOT_FOUND});
+        EXPECT_EQ(started, isThere ? real : L"");
+        std::filesystem::remove(planted);
+        std::filesystem::current_path(before);
+    }
     const std::wstring broken = temporaryFile(L"broken");
     CreateDirectoryW(broken.c_str(), nullptr);
     std::ofstream(std::filesystem::path(broken) / "powershell.exe").flush();
@@ -212,29 +235,6 @@ TEST(Helpers, PowerShellAndTheShellStartPrograms)
     EXPECT_GT(OpenMailLink(nullptr, (folder + L"\\powershell.exe").c_str()), 32);
     EXPECT_NE(opened.waitForLine(), L"");
     EXPECT_LE(OpenMailLink(nullptr, L"Z:\\nowhere\\no such file.txt"), 32);
-}
-
-TEST(Helpers, FailedAllocationsAreStatuses)
-{
-    Calls calls;
-    Boxes boxes;
-    calls.answers["MAPISendMail"] = 0;
-    const std::uint32_t injected = forEachFailingAllocation([&](TestHeap& heap) {
-        const std::uint32_t sent = sendMailThrough(crafted().c_str(), nullptr, L"a@b.c", L"s", L"b", L"f");
-        EXPECT_TRUE(sent == (heap.failed() ? MAIL_NO_MEMORY : MAIL_SENT)) << sent;
-        boxes.take();
-    });
-    EXPECT_GE(injected, 5u);
-    std::wstring escaped;
-    for (int i = 0; i < 2100; ++i) escaped += L"%20";
-    EXPECT_GE(forEachFailingAllocation([&](TestHeap& heap) { // all or nothing
-                  cWCS text;
-                  const std::wstring before = text.Assign(L">") ? L">" : L"";
-                  EXPECT_TRUE(PercentEncode(std::wstring(2100, L' ').c_str(), text));
-                  const std::wstring after = text.text() ? text.text() : L"";
-                  EXPECT_TRUE(after == before + escaped || (heap.failed() && after == before));
-              }),
-              3u);
 }
 
 } // namespace

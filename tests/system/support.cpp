@@ -55,7 +55,6 @@ std::string readFile(const std::wstring& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// One by one: Wine's own count is always 0.
 std::wstring crafted()
 {
     return programFolder() + L"crafted.dll";

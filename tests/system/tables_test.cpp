@@ -2,9 +2,7 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <iterator>
 #include <optional>
-#include <sstream>
 
 #include "Includes/system/advapi_dll.h"
 #include "Includes/system/message_box.h"
@@ -12,6 +10,7 @@
 #include "Includes/system/resource_library.h"
 #include "Includes/system/shell32_dll.h"
 #include "Includes/system/system_description.h"
+#include "tests/support/vectors.h"
 #include "tests/system/replaced.h"
 #include "tests/system/support.h"
 
@@ -22,23 +21,14 @@ extern void* lookupSlot __asm__("__imp__GetProcAddress@8");
 namespace toolbelt::test {
 namespace {
 
-constexpr char ADVAPI_NAMES[] =
-    "OpenSCManagerA CreateServiceA StartServiceA OpenServiceA SetEntriesInAclA CloseServiceHandle "
-    "AllocateAndInitializeSid InitializeSecurityDescriptor SetSecurityDescriptorDacl DeleteServiceA ControlServiceA "
-    "QueryServiceStatus OpenSCManagerW CreateServiceW StartServiceW OpenServiceW SetEntriesInAclW RegDeleteKeyExA "
-    "RegDeleteKeyExW RevertToSelf LookupPrivilegeValueA LookupPrivilegeValueW LogonUserW LogonUserA "
-    "ImpersonateNamedPipeClient ImpersonateLoggedOnUser CreateProcessWithLogonW QueryServiceConfigW "
-    "ChangeServiceConfigW OpenProcessToken GetTokenInformation LogonUserExW";
-constexpr char SHELL_NAMES[] =
-    "SHGetSpecialFolderPathA SHGetSpecialFolderPathW SHGetPathFromIDListW SHGetSpecialFolderLocation SHBrowseForFolder "
-    "SHGetPathFromIDList SHGetMalloc FindExecutableA ExtractIconW ExtractIconA ExtractIconExW ExtractIconExA "
-    "SHGetFileInfoA SHGetFileInfo";
-
-Strings split(const char* names)
+// The names that a table binds, in the order of its slots.
+Strings namesOf(const std::string& table)
 {
-    std::istringstream stream(names);
-    return {std::istream_iterator<std::string>(stream), {}};
+    for (const Record& record : readVectors("../system/bound.txt"))
+        if (record.get("table") == table) return record.list("function");
+    throw std::runtime_error("no table " + table);
 }
+const Strings ADVAPI_NAMES = namesOf("advapi"), SHELL_NAMES = namesOf("shell32");
 
 void* addressOf(const CDll& dll, const std::string& name)
 {
@@ -47,12 +37,11 @@ void* addressOf(const CDll& dll, const std::string& name)
 
 // Each slot holds the address of its own name.
 template <typename Functions>
-void expectSlots(const CDll& table, const Functions& functions, const char* names)
+void expectSlots(const CDll& table, const Functions& functions, const Strings& names)
 {
-    const Strings each = split(names);
-    ASSERT_EQ(each.size() * sizeof(void*), sizeof(functions));
-    for (std::size_t i = 0; i < each.size(); ++i)
-        EXPECT_EQ(reinterpret_cast<void* const*>(&functions)[i], addressOf(table, each[i])) << each[i];
+    ASSERT_EQ(names.size() * sizeof(void*), sizeof(functions));
+    for (std::size_t i = 0; i < names.size(); ++i)
+        EXPECT_EQ(reinterpret_cast<void* const*>(&functions)[i], addressOf(table, names[i])) << names[i];
 }
 
 Strings asked;
@@ -84,7 +73,7 @@ TEST(AdvApi, BindsOnceAndTellsHowFarItCame)
     {
         CAdvAPIDll table;
         calls.answers["OpenSCManagerA"] = 77;
-        Strings names = split(ADVAPI_NAMES);
+        Strings names = ADVAPI_NAMES;
         names.insert(names.begin(), "InitInstance");
         EXPECT_EQ(lookedUp([&] { ASSERT_TRUE(table.bind(crafted().c_str())); }), names);
         expectSlots(table, table.binding().functions, ADVAPI_NAMES);
@@ -103,7 +92,7 @@ TEST(AdvApi, BindsOnceAndTellsHowFarItCame)
 
     for (std::int32_t i = -1; i < 9; ++i) {
         CAdvAPIDll table;
-        const std::wstring path = i < 0 ? L"no such library.dll" : craftedWithout({split(ADVAPI_NAMES)[i]});
+        const std::wstring path = i < 0 ? L"no such library.dll" : craftedWithout({ADVAPI_NAMES[i]});
         EXPECT_FALSE(table.bind(path.c_str()));
         EXPECT_EQ(table.binding().step, i < 0 ? 0 : 1000 + i + 1);
         EXPECT_EQ(table.getLastError(), i < 0 ? 1u : 2u);
@@ -131,7 +120,7 @@ TEST(AdvApi, OptionalFunctionsFallBackOrStayNullAndTheManagersErrorIsLost)
     const std::wstring path = craftedWithout(
         {"DeleteServiceA", "ControlServiceA", "LookupPrivilegeValueA", "LookupPrivilegeValue", "LogonUserExW"});
     Strings names = {"InitInstance"};
-    for (const std::string& name : split(ADVAPI_NAMES)) {
+    for (const std::string& name : ADVAPI_NAMES) {
         names.push_back(name);
         if (name == "DeleteServiceA" || name == "ControlServiceA" || name == "LookupPrivilegeValueA")
             names.push_back(name.substr(0, name.size() - 1));
@@ -168,7 +157,7 @@ TEST(Shell, DocumentsFolderInFourSteps)
     const std::string direct = "SHGetSpecialFolderPathW";
     wchar_t path[DLL_PATH_UNITS];
     std::optional<cShell32Dll> built;
-    Strings names = split(SHELL_NAMES);
+    Strings names = SHELL_NAMES;
     names.insert(names.begin(), "InitInstance");
     EXPECT_EQ(lookedUp([&] { built.emplace(crafted().c_str()); }), names);
     cShell32Dll& whole = *built;

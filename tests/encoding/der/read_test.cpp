@@ -1,4 +1,4 @@
-// The readers of tests/vectors/der.txt: its cases, prefixes of what real certificates hold, depth, and the present.
+// The readers of tests/vectors/der.txt: its cases, depth, and the present.
 #include "crypto/encoding/der.h"
 
 #include <gtest/gtest.h>
@@ -24,9 +24,6 @@ std::string text(const DerTime& t)
                   t.second);
     return buffer;
 }
-
-const char* const readers[] = {"element",    "bit string", "small integer", "number",
-                               "identifier", "algorithm",  "validity",      "name"};
 
 // What a reader gives, as text, and a status that it fails with. data is a block of exactly the size that it is told.
 std::string read(const std::string& reader, const Bytes& data, const std::string& expectedTag)
@@ -147,33 +144,6 @@ TEST(Der, IndefiniteLengthsNestSixtyFourDeepInLinearTime)
     EXPECT_EQ(parse(63, 250000), STATUS_OK) << "measuring siblings anew at each level would take minutes";
     DerElement element;
     EXPECT_EQ(parseElement(element, nullptr, 10), DER_E_MALFORMED);
-}
-
-// Visits elements, what is inside them and what follows.
-template <typename Visit>
-void walk(const std::uint8_t* data, std::uint32_t length, Visit visit)
-{
-    for (DerElement e; length != 0; data += e.totalLength, length -= e.totalLength) {
-        ASSERT_EQ(parseElement(e, data, length), STATUS_OK);
-        visit(e);
-        if (e.tag & 0x20) walk(e.content, e.contentLength, visit);
-    }
-}
-
-TEST(Der, NoReaderTakesAPrefixOfAnElement)
-{
-    for (const std::string file : {"a-leaf", "dsa-leaf", "odd", "real-godaddy-class2"}) {
-        SCOPED_TRACE(file);
-        const Bytes der = test::readVectorFile("certificates/" + file + ".der");
-        int elements = 0;
-        walk(der.data(), sizeOf(der), [&](const DerElement& e) {
-            ++elements;
-            for (const char* reader : readers)
-                for (std::uint32_t cut = 1; cut < e.totalLength; ++cut)
-                    EXPECT_EQ(read(reader, Bytes(e.start, e.start + cut), "any"), "status 10") << reader << " " << cut;
-        });
-        EXPECT_GT(elements, 40);
-    }
 }
 
 TEST(Der, ZeroSecondsMeanNow)

@@ -143,30 +143,12 @@ TEST(Base64, Alphabets)
     EXPECT_EQ(decode("\n YWJ", (" " + standard.substr(1)).c_str()), (Decoded{0, "\x01\x85", 5}));
 }
 
-TEST(Base64, DecodesByItsOwnRules)
+// Which texts fail is tested against a model of the decoder; here what a failure leaves.
+TEST(Base64, FailuresWipeUnlessAllBytesWereDecoded)
 {
-    const struct
-    {
-        const char* text;
-        Decoded expected;
-    } cases[] = {
-        {"", {0, "", 0}},
-        {"Y W-J\tj\x80\xFF", {0, "abc", 9}},
-        {"YWJjYQ==YWI=", {TEXT_E_MALFORMED, "", 0}},      // three pads in all
-        {"YWI", {TEXT_E_MALFORMED, "", 0}},               // no room was counted without pads
-        {"YWJjYWI==", {TEXT_E_MALFORMED, "\0\0\0#"s, 0}}, // two pads make room for one byte; the others are wiped
-        {"YWJjY", {0, "abc", 5}},                         // one digit left over is dropped
-        {"YW=Jj", {0, "\x58\x02\x63", 5}},                // a pad shifts, but is no digit
-        {"YWJjYW=", {0, "abc\x8D", 7}},                   // one pad short: a digit of the group before shows
-        {"=twTO", {0, "", 5}},                            // the checksum of no data
-        {" -\t=twTOYWJj", {0, "", 8}},                    // what is no digit leaves the line start as it is
-        {"YWJj\n \t=uhx7\r\nYWJj", {0, "abc", 12}},       // nothing is read behind a checksum line
-        {"YWJj\n=uhx8", {TEXT_E_CHECKSUM, "abc", 0}},     // the bytes are there all the same
-        {"YWJ5\n=VAbG", {0, "aby", 10}},
-        {"YWJ5\n=V=bG", {TEXT_E_CHECKSUM, "aby", 0}},    // a pad is no digit, whatever its bits would add
-        {"YWJj\n=uhx", {TEXT_E_CHECKSUM, "\0\0\0"s, 0}}, // cut short
-    };
-    for (const auto& [text, expected] : cases) EXPECT_EQ(decode(text), expected) << text;
+    EXPECT_EQ(decode("YWJjYWI=="), (Decoded{TEXT_E_MALFORMED, "\0\0\0#"s, 0})); // two pads make room for one byte
+    EXPECT_EQ(decode("YWJj\n=uhx8"), (Decoded{TEXT_E_CHECKSUM, "abc", 0}));
+    EXPECT_EQ(decode("YWJj\n=uhx"), (Decoded{TEXT_E_CHECKSUM, "\0\0\0"s, 0})); // cut short
 }
 
 // The vector routines take what is plain and leave the rest: mostly plain texts, in lines of any length, with a
