@@ -3,6 +3,7 @@
 #include "crypto/bignum/digits.h"
 #include "crypto/bignum/modular.h"
 #include "crypto/bignum/montgomery.h"
+#include "crypto/bignum/prime_table_batch.h"
 #include "tests/bignum/numbers.h"
 
 namespace toolbelt::test {
@@ -128,6 +129,29 @@ TEST(BigNumTiers, SchoolbookProducts)
                 for (std::size_t i = 1; i < products.size(); ++i)
                     ASSERT_TRUE(products[i] == products[0] && squares[i] == squares[0]) << hex(a) << " * " << hex(b);
             }
+}
+
+// Eight rounds side by side, of the smallest and the largest candidates and of Carmichael numbers: bit i is set when
+// the power of witness i is 1.
+TEST(BigNumTiers, FermatRoundsAreThePowers)
+{
+    Dice dice(24);
+    const auto word = [](std::uint32_t value) { return run(bnAddWord, Number("00"), value); };
+    for (const std::uint32_t first : {3u, 15u, 561u, 1105u, 65521u, 16777213u, 536870909u, fermatBatchLimit - 1}) {
+        std::uint32_t witnesses[fermatBatch], expected = 0;
+        for (std::uint32_t i = 0; i < fermatBatch; ++i) {
+            const std::uint32_t n = first + 2 * i;
+            witnesses[i] = i % 4 == 0 ? n - 1 : i % 4 == 1 ? 2 : 1 + dice.below(n - 1);
+            const Number power = run(bnModExp, word(witnesses[i]), word(n - 1), word(n), true);
+            expected |= std::uint32_t{bnCompareWord(power, 1) == 0} << i;
+        }
+        if (cpu::has(cpu::SSE2)) {
+            EXPECT_EQ(fermatRoundsSse2(first, witnesses), expected) << first;
+        }
+        if (cpu::has(cpu::AVX2)) {
+            EXPECT_EQ(fermatRoundsAvx2(first, witnesses), expected) << first;
+        }
+    }
 }
 
 } // namespace
