@@ -55,9 +55,13 @@ bool same(const JsonValue& a, const JsonValue& b)
 const Target target("json", [](Input input) {
     const Bytes bytes = input.take(2048);
     char error[JSON_ERROR_SIZE] = {};
-    const JsonTree tree(jsonParse(reinterpret_cast<const char*>(addressOf(bytes)), sizeOf(bytes), &error));
+    const auto* const document = reinterpret_cast<const char*>(addressOf(bytes));
+    const JsonTree tree(jsonParse(document, sizeOf(bytes), &error));
     require((tree != nullptr) == (error[0] == 0), "a tree or a message");
-    if (!tree) return require(std::memchr(error, 0, sizeof error) != nullptr, "which ends");
+    if (!tree) {
+        require(std::memchr(error, 0, sizeof error) != nullptr, "which ends");
+        return require(jsonParse(document, sizeOf(bytes)) == nullptr, "nor one when no message is asked for");
+    }
     cWCS text;
     require(jsonWrite(0, text, tree.get()), "a tree is written");
     cMBStr written;

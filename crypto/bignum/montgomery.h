@@ -7,7 +7,7 @@
 
 namespace toolbelt {
 
-constexpr std::uint32_t montgomeryBits = 32; // powers modulo shorter numbers take the plain method
+constexpr std::uint32_t montgomeryBits = 32; // fixed: powers modulo shorter numbers take the plain method
 
 // What one exponentiation needs of its modulus. The modulus is the caller's, odd, above 1, and stays in place.
 //

@@ -10,9 +10,9 @@ class cSymAlg;
 
 struct ChainedBlocks
 {
-    // The routine may complete the key schedule, such as round keys that only decryption needs, in a cipher that is
-    // const to it. chain holds the ciphertext block before the first one, and afterwards the last one; blocks is not 0. in and out
-    // are the same buffer or do not overlap.
+    // chain holds the ciphertext block before the first one, and afterwards the last one; blocks is not 0. in and out
+    // are the same buffer or do not overlap. It may complete the key schedule, with round keys that only decryption
+    // needs, in a cipher that is const to it.
     using Routine = void(const cSymAlg& cipher, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out,
                          std::uint32_t blocks);
     Routine* cbcEncrypt;

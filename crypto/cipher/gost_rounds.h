@@ -21,8 +21,9 @@ constexpr std::uint8_t K[8][16] = {
     {0x7, 0xE, 0x8, 0xC, 0x3, 0xB, 0x1, 0x0, 0x4, 0x2, 0x5, 0xA, 0x6, 0x9, 0xF, 0xD},
 };
 
-// The 32 rounds in pairs, so that the halves need not change places; the last round leaves them in place, so
-// they do in the end. The keys run upwards three times and downwards once, or upwards once and downwards three times.
+// The 32 rounds in pairs, so that the halves need not change places; the last round does not exchange them,
+// so that is done once in the end. The keys run upwards three times and downwards once, or upwards once and downwards
+// three times.
 //
 // x: the words N1, N2 of a block, or of several groups of blocks, whose rounds take turns.
 template <std::uint32_t UPWARDS, typename Word, std::size_t GROUPS, typename F>

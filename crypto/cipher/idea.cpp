@@ -21,8 +21,9 @@ struct IdeaSchedule
     WideBlocks* wide;
 };
 
-// The product modulo 65537 of the lower 16 bits, in the lower 16 bits; 0 stands for 65536. A factor less one is a plain
-// 16-bit number for each of them, and a b = (a - 1) b + (b - 1) + 1. As 65536 is -1, high * 65536 + low is low - high.
+// The product modulo 65537 of the lower 16 bits, in the lower 16 bits, with anything above them; 0 stands for 65536. A
+// factor less one is a plain 16-bit number for each of them, and a b = (a - 1) b + (b - 1) + 1. As 65536 is -1, high *
+// 65536 + low is low - high.
 std::uint32_t multiply(std::uint32_t a, std::uint32_t b)
 {
     const std::uint32_t before = (b - 1) & 0xFFFF;

@@ -1,5 +1,5 @@
-// The rounds of IDEA over 16-bit words of any width, one block or many; it belongs to the file that includes it, which
-// brings along multiply, the product modulo 65537.
+// The rounds of IDEA over words whose lower 16 bits count, of one block or many; it belongs to the file that includes
+// it, which brings along multiply, the product modulo 65537.
 #pragma once
 
 #include <cstdint>

@@ -2,6 +2,7 @@
 // brings along rotr, the rotation to the right by the lowest five bits of a word.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace toolbelt {

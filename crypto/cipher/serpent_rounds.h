@@ -2,6 +2,7 @@
 // includes this one.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 

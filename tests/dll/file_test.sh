@@ -33,6 +33,7 @@ check "exports other names than dll/exports.txt lists" \
 check "exports a name that is not the library's" test -z "$(grep -vE 'NK?8toolbelt|^tb_' <<<"$names")"
 check "exports hardly anything" test "$(wc -l <<<"$names")" -gt 100
 number() { sed -nE "s/^\t$1 *\t+([0-9a-f]{8})\$/\1/p" <<<"$headers" | head -n 1; }
+check "does not tell how many it exports" test -n "$(number 'Export Address Table')"
 check "exports by number alone" test "$(number 'Export Address Table')" = "$(number '\[Name Pointer\/Ordinal\] Table')"
 
 echo "file_test: $checks checks"

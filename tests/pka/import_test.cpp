@@ -163,9 +163,25 @@ TEST(Import, OneChangedNumber)
         } else {
             using N = FieldNumbers;
             const bool isDsa = key.starts_with("dsa");
-            checkImport<N>(record, isDsa ? dsaNumbers(key) : elgamalNumbers(),
-                           {{"p", &N::p}, {"q", &N::q}, {"g", &N::g}, {"y", &N::y}, {"x", &N::x}},
-                           isDsa ? newPrivateDsaFromDer : newPrivateElgamalFromDer);
+            const N numbers = checkImport<N>(record, isDsa ? dsaNumbers(key) : elgamalNumbers(),
+                                             {{"p", &N::p}, {"q", &N::q}, {"g", &N::g}, {"y", &N::y}, {"x", &N::x}},
+                                             isDsa ? newPrivateDsaFromDer : newPrivateElgamalFromDer);
+            const auto status = [&](auto* importDsa, auto* importElgamal, const Bytes& blob) {
+                DsaKey* dsa = nullptr;
+                ElgamalKey* elgamal = nullptr;
+                const Status imported = isDsa ? importDsa(&dsa, blob.data(), sizeOf(blob))
+                                              : importElgamal(&elgamal, blob.data(), sizeOf(blob));
+                EXPECT_EQ(DsaOwner(dsa) || ElgamalOwner(elgamal), imported == STATUS_OK);
+                return imported;
+            };
+            if (record.has("public")) {
+                EXPECT_EQ(status(importDsaPublic, importElgamalPublic, numbers.blob()),
+                          static_cast<Status>(record.number("public")));
+            }
+            if (record.has("private")) {
+                EXPECT_EQ(status(importDsaPrivateBlob, importElgamalPrivateBlob, numbers.privateBlob()),
+                          static_cast<Status>(record.number("private")));
+            }
         }
         EXPECT_EQ(record.unread(), std::vector<std::string>());
         ++changes;

@@ -94,7 +94,7 @@ TEST_F(MemoryWindows, FilesAndTexts)
         return static_cast<Status>(sent);
     };
     EXPECT_EQ(setMessageBoxFunction(unseen), nullptr);
-    // It is started without a command, and so neither found nor not found means that memory ran out.
+    // Without a command nothing is started: it answers whether the program is there, or that memory ran out.
     const auto powerShell = [](TestHeap&) {
         const std::uint32_t error = RunPowerShell(nullptr);
         return error == ERROR_FILE_NOT_FOUND ? STATUS_OK : static_cast<Status>(error);

@@ -126,6 +126,7 @@ TEST(Process, PlantedLibraries)
             fs::remove(log);
             const auto child = reinterpret_cast<HANDLE>(
                 _wspawnl(_P_NOWAIT, late.c_str(), L"late", L"--late", dll.c_str(), how.c_str(), name, nullptr));
+            ASSERT_NE(child, INVALID_HANDLE_VALUE);
             DWORD exitCode = ~0u;
             if (WaitForSingleObject(child, 30000) != WAIT_OBJECT_0) TerminateProcess(child, 1);
             EXPECT_TRUE(GetExitCodeProcess(child, &exitCode) && exitCode == 0) << "exit code " << exitCode;

@@ -217,7 +217,7 @@ TEST(Helpers, PowerShellAndTheShellStartPrograms)
         const std::filesystem::path before = std::filesystem::current_path(),
                                     planted = programFolder() + L"powershell.exe";
         std::filesystem::current_path(folder);
-        std::filesystem::copy_file("powershell.exe", planted);
+        std::filesystem::copy_file("powershell.exe", planted, std::filesystem::copy_options::overwrite_existing);
         const Replaced noted(&createProcessSlot, noteProgram);
         EXPECT_EQ(runPowerShellFrom(L"Z:\\nowhere", L"x"), 2u);
         EXPECT_EQ(RunPowerShell(L"x"), isThere ? DWORD{ERROR_ACCESS_DENIED} : DWORD{ERROR_FILE_NOT_FOUND});

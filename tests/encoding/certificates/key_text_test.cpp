@@ -173,6 +173,15 @@ TEST(KeyText, TruncatedKeysGiveNoKey)
         EXPECT_NE(readSubjectPublicKeyInfo(info, cut.data(), sizeOf(cut)), STATUS_OK);
         EXPECT_EQ(readPublicKeyFromInfo(&none, info), KEY_E_NO_READER) << "a record that was not read is empty";
     }
+    // Cut inside, where the lengths around still fit.
+    ASSERT_EQ(readSubjectPublicKeyInfo(info, whole.data(), sizeOf(whole)), STATUS_OK);
+    const DerElement full = info.key.element;
+    for (std::uint32_t n = 0; n < full.contentLength; ++n) {
+        const Bytes cut(full.content, full.content + n);
+        info.key.element.content = cut.data();
+        info.key.element.contentLength = n;
+        EXPECT_EQ(readPublicKeyFromInfo(&none, info), DER_E_MALFORMED);
+    }
     EXPECT_EQ(none, nullptr);
 }
 
