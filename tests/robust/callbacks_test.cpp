@@ -11,9 +11,19 @@
 namespace toolbelt::test {
 namespace {
 
+struct Dialog : cColoredDlg
+{
+    int messages = 0;
+    MessageResult OnMessage(unsigned int message, WordParameter words, LongParameter parameter) override
+    {
+        ++messages;
+        return cColoredDlg::OnMessage(message, words, parameter);
+    }
+};
+
 TEST(Callbacks, DialogProceduresAtAnyStack)
 {
-    cColoredDlg dialog;
+    Dialog dialog;
     dialog.record.useCopy = 1;
     dialog.record.sizeLimits = LIMIT_MINIMUM_WIDTH;
     dialog.colours.headerHeight = 60;
@@ -38,9 +48,11 @@ TEST(Callbacks, DialogProceduresAtAnyStack)
     for (const auto& [message, words, parameter, answered] : messages)
         for (std::uint32_t off = 0; off < 16; off += 4) {
             limits = {};
+            dialog.messages = 0;
             const auto answer = enterAt(off, procedure, nullptr, window, message, words, parameter);
             EXPECT_EQ(answer != 0, answered) << message << " off by " << off;
             EXPECT_EQ(limits.ptMinTrackSize.x > 0, message == WM_GETMINMAXINFO);
+            EXPECT_TRUE(dialog.messages > 0 || message == WM_GETMINMAXINFO) << message << " was not passed on";
         }
     ReleaseDC(window, device);
     DestroyWindow(window);
