@@ -11,4 +11,10 @@ namespace toolbelt {
     wipe(area, sizeof area);
 }
 
+[[gnu::noinline, gnu::no_sanitize_address]] void wipeShallowStack() noexcept
+{
+    unsigned char area[SHALLOW_STACK_BYTES];
+    wipe(area, sizeof area);
+}
+
 } // namespace toolbelt

@@ -20,4 +20,9 @@ inline constexpr std::size_t DEAD_STACK_BYTES = 2048;
 // where a call saves its return address and its caller's registers, may stay.
 void wipeDeadStack() noexcept;
 
+// The same for what is called for a single block, where 2048 bytes would take longer than the block: enough for rounds
+// in the general registers.
+inline constexpr std::size_t SHALLOW_STACK_BYTES = 384;
+void wipeShallowStack() noexcept;
+
 } // namespace toolbelt

@@ -36,7 +36,8 @@ Halves<N> encryptHalves(const BlowfishSchedule& key, Halves<N> block)
     auto [L, R] = block;
     for (std::uint32_t i = 0; i < ROUNDS; i += 2) {
         L ^= key.P[i];
-        R ^= F(key, L) ^ key.P[i + 1];
+        R ^= key.P[i + 1];
+        R ^= F(key, L);
         L ^= F(key, R);
     }
     return {R ^ key.P[ROUNDS + 1], L ^ key.P[ROUNDS]};
@@ -97,7 +98,11 @@ void transformHalves(const BlowfishSchedule& key, bool littleEndian, const std::
 class cAlgBfish final : public cSymAlg
 {
 public:
-    explicit cAlgBfish(std::uint32_t length) noexcept : keyLength(length) {}
+    explicit cAlgBfish(std::uint32_t length) noexcept : keyLength(length)
+    {
+        static constexpr ChainedBlocks chained = {chainBlocks<Chain::CBC>, nullptr, chainBlocks<Chain::CFB>, nullptr};
+        chainedBlocks_ = &chained;
+    }
     std::uint32_t getSizes(std::uint32_t* blockSize, std::uint32_t* keySize) const override
     {
         *blockSize = 8;
@@ -117,6 +122,18 @@ public:
     std::uint32_t keyLength;
 
 private:
+    template <Chain CHAIN>
+    static void chainBlocks(const cSymAlg& self, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out,
+                            std::uint32_t blocks)
+    {
+        const auto& cipher = static_cast<const cAlgBfish&>(self);
+        const auto& key = *cipher.schedule;
+        const bool littleEndian = cipher.littleEndianBlocks;
+        encryptChained<CHAIN, 8>(chain, in, out, blocks, [&key, littleEndian](auto from, auto to) {
+            transformHalves<encryptHalves<1>, 1>(key, littleEndian, from, to);
+        });
+        wipeShallowStack();
+    }
     template <auto BLOCK, auto GROUP>
     Status transform(const std::uint8_t* in, std::uint8_t* out, std::int32_t length)
     {

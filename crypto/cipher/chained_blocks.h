@@ -8,6 +8,15 @@ namespace toolbelt {
 
 class cSymAlg;
 
+// What is transformed and what the result is XORed with: nothing, the ciphertext block before (CBC), or, in CFB, the
+// text itself, where the ciphertext block before is what is encrypted.
+enum class Chain
+{
+    NONE,
+    CBC,
+    CFB,
+};
+
 struct ChainedBlocks
 {
     // chain holds the ciphertext block before the first one, and afterwards the last one; blocks is not 0. in and out
@@ -16,7 +25,7 @@ struct ChainedBlocks
     using Routine = void(const cSymAlg& cipher, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out,
                          std::uint32_t blocks);
     Routine* cbcEncrypt;
-    Routine* cbcDecrypt;
+    Routine* cbcDecrypt; // the decryptions may be null: they are then put together from batches of blocks
     Routine* cfbEncrypt;
     Routine* cfbDecrypt;
 };

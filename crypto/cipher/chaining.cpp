@@ -1,6 +1,6 @@
 // The chaining modes, written once over the block operations of cSymAlg. CBC encryption and CFB encryption go block by
 // block, as each needs the ciphertext before it; the decryptions hand a batch of blocks over in one call.
-// A cipher with routines of its own for CBC and CFB gets the whole blocks as they are.
+// Whole blocks go to a cipher's own routine for the mode and direction as they are, if it has one.
 #include <algorithm>
 #include <cstring>
 
@@ -165,7 +165,7 @@ Status cSymAlg::cbcDecrypt(cSymAlg* cipher, const std::uint8_t* iv, const std::u
     std::uint32_t blockSize = 0;
     if (const Status status = checkCbc(*cipher, length, &blockSize)) return status;
     std::uint32_t left = static_cast<std::uint32_t>(length);
-    const bool chained = !WORDSWAP && cipher->chainedBlocks_ && left != 0;
+    const bool chained = !WORDSWAP && cipher->chainedBlocks_ && cipher->chainedBlocks_->cbcDecrypt && left != 0;
     // The ciphertext block before the batch, and behind it room for the ciphertext of a batch that is decrypted in
     // place: the decrypted blocks are XORed with it. A batch is one block or at most BATCH bytes, so the sum fits.
     const bool staged = !chained && (WORDSWAP || in == out);
@@ -276,7 +276,7 @@ Status cSymAlg::cfbDecrypt(cSymAlg* cipher, const std::uint8_t* iv, const std::u
     if (const Status status = cipher->cfbStart(iv, in, out, length, &blockSize)) return status;
     if (blockSize == 0 || length == 0) return CRYPT_OK;
     std::uint32_t left = static_cast<std::uint32_t>(length);
-    if (cipher->chainedBlocks_ && left > blockSize) {
+    if (cipher->chainedBlocks_ && cipher->chainedBlocks_->cfbDecrypt && left > blockSize) {
         const std::uint32_t blocks = (left - 1) / blockSize;
         cipher->chainedBlocks_->cfbDecrypt(*cipher, cipher->cfbRegister, in, out, blocks);
         in += blocks * blockSize;

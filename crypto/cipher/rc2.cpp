@@ -49,19 +49,17 @@ void expandKey(RC2Schedule& schedule, const std::uint8_t* key, std::uint32_t T)
 
 // The four words of a block, 16 bits each, in the names of a step: x changes under its key word, by the word one before
 // it in the ring, the one two before and the one three before.
-using Word = std::uint32_t;
+using Word = std::uint16_t;
 
 // Each bit of before1 picks the bit of before2 (1) or of before3 (0). Either direction picks in the way that is short
 // for the word that was changed last: before1 when encrypting, before3 when decrypting.
 Word mix(Word x, Word key, Word before1, Word before2, Word before3, int shift)
 {
-    const Word picked = ((before2 ^ before3) & before1) ^ before3;
-    return std::rotl(static_cast<std::uint16_t>(x + key + picked), shift);
+    return std::rotl(static_cast<Word>(x + key + (((before2 ^ before3) & before1) ^ before3)), shift);
 }
 Word unmix(Word x, Word key, Word before1, Word before2, Word before3, int shift)
 {
-    const Word rotated = x >> shift | x << (16 - shift);
-    return (rotated - key - (before1 & before2) - (~before1 & before3)) & 0xFFFF;
+    return static_cast<Word>(std::rotr(x, shift) - key - (before1 & before2) - (~before1 & before3));
 }
 
 // Five rounds of mixing, one of mashing, six, one, five.
@@ -82,14 +80,14 @@ void encryptBlock(const RC2Schedule& schedule, const std::uint8_t* in, std::uint
         R2 = mix(R2, k[2], R1, R0, R3, 3);
         R3 = mix(R3, k[3], R2, R1, R0, 5);
         if (mashesAfter(round)) {
-            R0 = (R0 + K[R3 & 63]) & 0xFFFF;
-            R1 = (R1 + K[R0 & 63]) & 0xFFFF;
-            R2 = (R2 + K[R1 & 63]) & 0xFFFF;
-            R3 = (R3 + K[R2 & 63]) & 0xFFFF;
+            R0 += K[R3 & 63];
+            R1 += K[R0 & 63];
+            R2 += K[R1 & 63];
+            R3 += K[R2 & 63];
         }
     }
-    store32le(out, R1 << 16 | R0);
-    store32le(out + 4, R3 << 16 | R2);
+    store32le(out, std::uint32_t{R1} << 16 | R0);
+    store32le(out + 4, std::uint32_t{R3} << 16 | R2);
 }
 
 void decryptBlock(const RC2Schedule& schedule, const std::uint8_t* in, std::uint8_t* out)
@@ -99,10 +97,10 @@ void decryptBlock(const RC2Schedule& schedule, const std::uint8_t* in, std::uint
     Word R0 = low & 0xFFFF, R1 = low >> 16, R2 = high & 0xFFFF, R3 = high >> 16;
     for (std::uint32_t round = ROUNDS; round-- > 0;) {
         if (mashesAfter(round)) {
-            R3 = (R3 - K[R2 & 63]) & 0xFFFF;
-            R2 = (R2 - K[R1 & 63]) & 0xFFFF;
-            R1 = (R1 - K[R0 & 63]) & 0xFFFF;
-            R0 = (R0 - K[R3 & 63]) & 0xFFFF;
+            R3 -= K[R2 & 63];
+            R2 -= K[R1 & 63];
+            R1 -= K[R0 & 63];
+            R0 -= K[R3 & 63];
         }
         const std::uint16_t* k = K + 4 * round;
         R3 = unmix(R3, k[3], R2, R1, R0, 5);
@@ -110,8 +108,8 @@ void decryptBlock(const RC2Schedule& schedule, const std::uint8_t* in, std::uint
         R1 = unmix(R1, k[1], R0, R3, R2, 2);
         R0 = unmix(R0, k[0], R3, R2, R1, 1);
     }
-    store32le(out, R1 << 16 | R0);
-    store32le(out + 4, R3 << 16 | R2);
+    store32le(out, std::uint32_t{R1} << 16 | R0);
+    store32le(out + 4, std::uint32_t{R3} << 16 | R2);
 }
 
 } // namespace

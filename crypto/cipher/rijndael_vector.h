@@ -4,6 +4,7 @@
 
 #include <immintrin.h>
 
+#include "crypto/cipher/chained_blocks.h"
 #include "crypto/cipher/rijndael_tiers.h"
 
 namespace toolbelt {
@@ -32,15 +33,6 @@ enum class Direction
 {
     ENCRYPT,
     DECRYPT,
-};
-
-// What is transformed and what the result is XORed with, when blocks are done side by side: nothing, the ciphertext
-// block before, or, in CFB, the ciphertext itself, where the block before is what is encrypted.
-enum class Chain
-{
-    NONE,
-    CBC,
-    CFB,
 };
 
 // COUNT vectors; the block before them can be read when there is chaining. The last vector is stored first: what an
