@@ -8,32 +8,25 @@ const char* const alphabets[] = {BASE64_STANDARD_ALPHABET,
                                  "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_=",
                                  "./0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz*"};
 
+// The body alone; what stands around it is the target armour's.
 void encodeAndDecode(Input input, const char* alphabet)
 {
-    const std::uint32_t options = input.byte(), flags = options & 3;
-    const bool lines = (options & 4) != 0, version = (options & 8) != 0;
-    const char *begin = lines ? "-----BEGIN THING-----" : nullptr, *end = lines ? "-----END THING-----" : nullptr;
+    const std::uint32_t flags = input.byte() & 3;
     const Bytes data = input.rest();
     std::uint32_t size = 0;
-    const Status asked = base64Encode(nullptr, &size, addressOf(data), sizeOf(data), begin, end,
-                                      version ? "1" : nullptr, alphabet, flags);
-    require(asked == (size == 0 ? STATUS_OK : STATUS_BUFFER_TOO_SMALL), "the size of the text");
+    const auto encode = [&](Bytes& text) {
+        return base64Encode(reinterpret_cast<char*>(text.data()), &size, addressOf(data), sizeOf(data), nullptr,
+                            nullptr, nullptr, alphabet, flags);
+    };
+    Bytes none;
+    require(encode(none) == (size == 0 ? STATUS_OK : STATUS_BUFFER_TOO_SMALL), "the size of the text");
     Bytes text(size), decoded(data.size());
-    require(base64Encode(reinterpret_cast<char*>(text.data()), &size, addressOf(data), sizeOf(data), begin, end,
-                         version ? "1" : nullptr, alphabet, flags) == STATUS_OK &&
-                size == text.size(),
-            "the text");
-    const char* body = reinterpret_cast<const char*>(addressOf(text));
-    std::uint32_t bodySize = size, decodedSize = sizeOf(decoded), consumed = 0;
-    if (lines) require(findArmourBody(&body, &bodySize, body, size, begin, end) == STATUS_OK, "the body is found");
-    if (version && !lines) { // nothing tells where such a header ends but its empty line
-        const std::uint32_t header = armourHeaderLength(body, bodySize);
-        body += header;
-        bodySize -= header;
-    }
+    require(encode(text) == STATUS_OK && size == text.size(), "the text");
+    std::uint32_t decodedSize = sizeOf(decoded), consumed = 0;
     if ((flags & BASE64_NO_CHECKSUM) == 0 && alphabet[BASE64_PAD] != '=') return; // the checksum line is not known
-    require(base64Decode(decoded.data(), &decodedSize, body, bodySize, alphabet, &consumed) == STATUS_OK &&
-                decodedSize == data.size() && decoded == data && consumed <= bodySize,
+    require(base64Decode(decoded.data(), &decodedSize, reinterpret_cast<const char*>(addressOf(text)), size, alphabet,
+                         &consumed) == STATUS_OK &&
+                decodedSize == data.size() && decoded == data && consumed <= size,
             "decode(encode(x)) = x");
 }
 

@@ -1,4 +1,8 @@
 // Key blobs: which are accepted is what the documented limits say, and accepted keys hold the numbers of the blob.
+#include <cstring>
+
+#include "crypto/bignum/modular.h"
+#include "crypto/encoding/key_text.h"
 #include "crypto/pka/dsa.h"
 #include "crypto/pka/elgamal.h"
 #include "crypto/pka/rsa.h"
@@ -16,16 +20,53 @@ bool isOddAbove1(const Bytes& x)
     return !x.empty() && x.back() % 2 == 1 && x != Bytes{1};
 }
 
+// The completed numbers fit one another, whatever they were in the blob.
 void checkPrivateRsa(const RsaPrivateKey& key)
 {
-    BigNum p1, q1;
-    require(bnSubtractWord(p1, *key.p, 1) == STATUS_OK && bnSubtractWord(q1, *key.q, 1) == STATUS_OK, "primes");
-    const Bytes n = valueOf(*key.n), e = valueOf(*key.e), d = valueOf(*key.d), p = valueOf(*key.p), q = valueOf(*key.q);
-    const Bytes phi = multiply(valueOf(p1), valueOf(q1)), one = {1};
-    require(!isLess(p, q) && multiply(p, q) == n && key.bits == bitLength(n), "the modulus");
-    require(modulo(multiply(d, e), phi) == modulo(one, phi), "the private exponent");
-    require(modulo(multiply(valueOf(*key.qinv), q), p) == modulo(one, p), "the inverse of q");
-    require(valueOf(*key.dp) == modulo(d, valueOf(p1)) && valueOf(*key.dq) == modulo(d, valueOf(q1)), "its parts");
+    BigNum p1, q1, phi, result;
+    require((bnSubtractWord(p1, *key.p, 1) | bnSubtractWord(q1, *key.q, 1) | bnMultiply(phi, p1, q1)) == STATUS_OK,
+            "primes");
+    const auto is = [&](Status status, const BigNum& expected) {
+        return status == STATUS_OK && bnCompare(result, expected) == 0;
+    };
+    const auto isInverse = [&](const BigNum& a, const BigNum& b, const BigNum& n) {
+        return bnModMultiply(result, a, b, n) == STATUS_OK && bnCompareWord(result, bnCompareWord(n, 1) != 0) == 0;
+    };
+    require(bnCompare(*key.p, *key.q) >= 0 && is(bnMultiply(result, *key.p, *key.q), *key.n) &&
+                key.bits == bnBitLength(*key.n),
+            "the modulus");
+    require(isInverse(*key.d, *key.e, phi) && isInverse(*key.qinv, *key.q, *key.p), "inverses");
+    require(is(bnModulo(result, *key.d, p1), *key.dp) && is(bnModulo(result, *key.d, q1), *key.dq), "d in parts");
+}
+
+// ssh-rsa: a reader of ten lines finds the key's numbers, each with just as many octets as keep it positive.
+void checkSshRsa(cPKA& key, const Bytes& n, const Bytes& e)
+{
+    std::uint32_t size = 0;
+    require(exportSshRsa(key, nullptr, &size) == STATUS_BUFFER_TOO_SMALL, "the size needed");
+    Bytes output(size - 1, 0xA5);
+    std::uint32_t small = size - 1;
+    require(exportSshRsa(key, output.data(), &small) == STATUS_BUFFER_TOO_SMALL && small == size &&
+                output == Bytes(size - 1, 0xA5),
+            "nothing is written when it does not fit");
+    output.resize(size);
+    require(exportSshRsa(key, output.data(), &size) == STATUS_OK && size == output.size(), "a blob");
+    std::size_t at = 0;
+    const auto field = [&] {
+        require(output.size() - at >= 4, "a length");
+        std::size_t length = 0;
+        for (int i = 0; i < 4; ++i) length = length << 8 | output[at++];
+        require(output.size() - at >= length, "a field");
+        at += length;
+        return Bytes(&output[at - length], &output[at - length] + length);
+    };
+    const Bytes name = field();
+    require(name.size() == 7 && std::memcmp(name.data(), "ssh-rsa", 7) == 0, "its name");
+    for (const Bytes& number : {e, n}) {
+        const Bytes octets = field();
+        require(trimmed(octets) == number && octets.size() == bitLength(number) / 8 + 1, "a number");
+    }
+    require(at == output.size(), "nothing behind");
 }
 
 const Target target("key_blob", [](Input input) {
@@ -74,6 +115,7 @@ const Target target("key_blob", [](Input input) {
                 "the same key from its DER form");
     } else if (kind == 0) {
         require(exported(*key, &cPKA::exportNumbers) == blobOf({x[0], x[1]}), "the same numbers");
+        checkSshRsa(*key, x[0], x[1]);
     } else if (kind % 3 == 1) {
         const DsaKey& record =
             kind == 1 ? static_cast<cPublicDSA&>(*key).record() : static_cast<cPrivateDSA&>(*key).record();

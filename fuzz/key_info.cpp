@@ -1,18 +1,17 @@
-// SubjectPublicKeyInfo: a key that was read is written and read again as the same key.
+// Public keys, as a SubjectPublicKeyInfo and as the PEM text of one: what was read is written and read again as the
+// same key, and the key of a text is the key of the bytes that the model finds in it.
 #include <algorithm>
 #include <iterator>
-#include <memory>
 
 #include "crypto/encoding/key_text.h"
 #include "crypto/encoding/key_write.h"
 #include "crypto/pka/rsa.h"
 #include "fuzz/der_model.h"
-#include "fuzz/natural.h"
+#include "fuzz/keys.h"
+#include "fuzz/text_model.h"
 
 namespace toolbelt::fuzz {
 namespace {
-
-using Key = std::unique_ptr<cPKA>;
 
 Key read(const Bytes& bytes, Status& status)
 {
@@ -30,18 +29,7 @@ Key read(const Bytes& bytes, Status& status)
     return Key(key);
 }
 
-// The INTEGER at the front of data, which moves behind it; nothing when there is none of a definite length.
-Bytes integerAt(const std::uint8_t*& data, std::uint32_t& left)
-{
-    const Shape shape = shapeOf(data, left);
-    if (shape.status != STATUS_OK || shape.indefinite) return {};
-    const Bytes value(data + shape.header, data + shape.total());
-    data += shape.total();
-    left -= shape.total();
-    return value;
-}
-
-// The modulus and the exponent are those INTEGERs of the SEQUENCE in the BIT STRING.
+// The modulus and the exponent are the INTEGERs of the SEQUENCE in the BIT STRING, as far as lengths are definite.
 void compareRsa(cPublicRSA& key, const Bytes& bytes)
 {
     SubjectPublicKeyInfo info;
@@ -54,9 +42,11 @@ void compareRsa(cPublicRSA& key, const Bytes& bytes)
     at += sequence.header;
     left -= sequence.header;
     for (const BigNum* number : {key.record().n, key.record().e}) {
-        const Bytes value = integerAt(at, left);
-        if (value.empty()) return;
-        require(valueOf(*number) == trimmed(value), "the numbers of the key");
+        const Shape integer = shapeOf(at, left);
+        if (integer.status != STATUS_OK || integer.indefinite) return;
+        require(valueOf(*number) == trimmed(Bytes(at + integer.header, at + integer.total())), "the key's numbers");
+        at += integer.total();
+        left -= integer.total();
     }
 }
 
@@ -69,10 +59,8 @@ Bytes write(cPKA& key)
     return bytes;
 }
 
-const Target target("key_info", [](Input input) {
-    Status status;
-    const Bytes bytes = input.take(2048);
-    const Key key = read(bytes, status);
+void check(const Key& key, const Bytes& bytes, Status status)
+{
     if (!key) {
         constexpr Status known[] = {
             DER_E_LENGTH,          DER_E_TAG,      DER_E_MALFORMED, DER_E_LIMIT, DER_E_UNKNOWN_ALGORITHM,
@@ -86,6 +74,45 @@ const Target target("key_info", [](Input input) {
     const Key again = read(written, status);
     require(again && again->algorithm() == key->algorithm() && again->keyLength() == key->keyLength(), "the same key");
     require(write(*again) == written, "the same numbers");
+}
+
+const Target target("key_info", [](Input input) {
+    std::string text;
+    Bytes bytes;
+    Key direct;
+    Status expected = TEXT_E_MALFORMED, status = STATUS_OK;
+    if (input.byte() % 2 == 0) { // the bytes, to be made a text
+        bytes = input.take(2048);
+        direct = read(bytes, expected);
+        if (bytes.empty()) return check(direct, bytes, expected);
+        const std::string end = std::string(PEM_PUBLIC_KEY_END) + '-';
+        std::uint32_t size = 8192;
+        text.resize(size);
+        require(base64Encode(text.data(), &size, addressOf(bytes), sizeOf(bytes), PEM_PUBLIC_KEY_BEGIN, end.c_str(),
+                             nullptr, nullptr, BASE64_NO_CHECKSUM) == STATUS_OK,
+                "a text is written");
+        text.resize(size);
+    } else {
+        const std::string begin = PEM_PUBLIC_KEY_BEGIN;
+        text = input.text(4096);
+        text.resize(std::min(text.size(), text.find('\0')));
+        std::size_t from = text.find(begin);
+        if (from != std::string::npos) from += begin.size();
+        const std::size_t to = from == std::string::npos ? from : text.find(PEM_PUBLIC_KEY_END, from);
+        const std::string body = to == std::string::npos ? "" : text.substr(from, to - from);
+        const DecodedText decoded = decodeText(body.substr(headerLengthOf(body)), BASE64_STANDARD_ALPHABET);
+        if (decoded.status == STATUS_OK) bytes = decoded.bytes;
+    }
+    if (!bytes.empty()) {
+        direct = read(bytes, expected);
+        check(direct, bytes, expected);
+    }
+    const std::unique_ptr<char[]> exact(new char[text.size() + 1]);
+    text.copy(exact.get(), text.size());
+    exact[text.size()] = 0;
+    const Key key(readPemPublicKey(exact.get(), &status));
+    require(status == expected && (key != nullptr) == (direct != nullptr), "the status of the bytes");
+    require(!key || exported(*key, &cPKA::exportDer) == exported(*direct, &cPKA::exportDer), "the key of the bytes");
 });
 
 } // namespace

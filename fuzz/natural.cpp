@@ -1,4 +1,4 @@
-// What both kinds of comparison arithmetic share: the form of the numbers.
+// The form of numbers as bytes.
 #include "fuzz/natural.h"
 
 #include <algorithm>

@@ -1,76 +1,57 @@
 // Comparison arithmetic by GMP.
-#include <gmp.h>
+#include <gmpxx.h>
 
 #include "fuzz/natural.h"
 
 namespace toolbelt::fuzz {
 namespace {
 
-struct Integer
+mpz_class integer(const Bytes& bytes)
 {
-    mpz_t value;
+    mpz_class value;
+    mpz_import(value.get_mpz_t(), bytes.size(), 1, 1, 0, 0, bytes.data());
+    return value;
+}
 
-    Integer() { mpz_init(value); }
-    explicit Integer(const Bytes& bytes)
-    {
-        mpz_init(value);
-        mpz_import(value, bytes.size(), 1, 1, 0, 0, bytes.data());
-    }
-    ~Integer() { mpz_clear(value); }
-    Integer(const Integer&) = delete;
-    Integer& operator=(const Integer&) = delete;
-
-    Bytes bytes() const
-    {
-        if (mpz_sgn(value) == 0) return {};
-        Bytes result((mpz_sizeinbase(value, 2) + 7) / 8);
-        mpz_export(result.data(), nullptr, 1, 1, 0, 0, value);
-        return result;
-    }
-};
-
-Bytes apply(void (*operation)(mpz_ptr, mpz_srcptr, mpz_srcptr), const Bytes& a, const Bytes& b)
+Bytes bytesOf(const mpz_class& value)
 {
-    const Integer left(a), right(b);
-    Integer result;
-    operation(result.value, left.value, right.value);
-    return result.bytes();
+    if (value == 0) return {};
+    Bytes result((mpz_sizeinbase(value.get_mpz_t(), 2) + 7) / 8);
+    mpz_export(result.data(), nullptr, 1, 1, 0, 0, value.get_mpz_t());
+    return result;
 }
 
 } // namespace
 
 Bytes add(const Bytes& a, const Bytes& b)
 {
-    return apply(mpz_add, a, b);
+    return bytesOf(integer(a) + integer(b));
 }
 Bytes subtract(const Bytes& a, const Bytes& b)
 {
-    return apply(mpz_sub, a, b);
+    return bytesOf(integer(a) - integer(b));
 }
 Bytes multiply(const Bytes& a, const Bytes& b)
 {
-    return apply(mpz_mul, a, b);
+    return bytesOf(integer(a) * integer(b));
 }
 Bytes gcd(const Bytes& a, const Bytes& b)
 {
-    return apply(mpz_gcd, a, b);
+    return bytesOf(gcd(integer(a), integer(b)));
 }
 
 Bytes divide(const Bytes& a, const Bytes& n, Bytes& remainder)
 {
-    const Integer dividend(a), divisor(n);
-    Integer quotient, rest;
-    mpz_tdiv_qr(quotient.value, rest.value, dividend.value, divisor.value);
-    remainder = rest.bytes();
-    return quotient.bytes();
+    remainder = bytesOf(integer(a) % integer(n));
+    return bytesOf(integer(a) / integer(n));
 }
 
 Bytes power(const Bytes& base, const Bytes& exponent, const Bytes& modulus)
 {
-    const Integer b(base), e(exponent), n(modulus);
-    Integer result;
-    mpz_powm(result.value, b.value, e.value, n.value);
-    return result.bytes();
+    mpz_class result;
+    mpz_powm(result.get_mpz_t(), integer(base).get_mpz_t(), integer(exponent).get_mpz_t(),
+             integer(modulus).get_mpz_t());
+    return bytesOf(result);
 }
 
 } // namespace toolbelt::fuzz

@@ -1,7 +1,9 @@
 // Signature verification against the documented rules written anew: RSA with blocks made by the private key and with
 // arbitrary numbers, DSA and ElGamal in groups so small that 64-bit arithmetic is the model.
+#include "crypto/bignum/modular.h"
 #include "crypto/pka/dsa.h"
 #include "crypto/pka/elgamal.h"
+#include "crypto/pka/pkcs1.h"
 #include "crypto/pka/rsa.h"
 #include "fuzz/der_model.h"
 #include "fuzz/keys.h"
@@ -25,7 +27,11 @@ struct RsaPair
     RsaPair(const char* larger, const char* smaller, const Bytes& exponent) : e(exponent)
     {
         const Bytes p = test::fromHex(larger), q = test::fromHex(smaller);
-        n = multiply(p, q);
+        BigNum left, right, product;
+        load(left, p);
+        load(right, q);
+        require(bnMultiply(product, left, right) == STATUS_OK, "a modulus");
+        n = valueOf(product);
         // The rest is completed from the primes.
         const Bytes one = {1}, blob = blobOf({n, e}), all = blobOf({n, e, one, q, p, one});
         open.reset(newPublicRsa(blob.data(), sizeOf(blob)));
@@ -34,13 +40,13 @@ struct RsaPair
     }
 };
 
+// The payload is the digest, or a DigestInfo with it; the target pkcs1 is about the padding.
 bool accepts(const Bytes& block, const Bytes& digest)
 {
-    std::size_t at = 2;
-    if (block[0] != 0 || block[1] != 1) return false;
-    while (at < block.size() && block[at] == 0xFF) ++at;
-    if (at == block.size() || block[at] != 0) return false;
-    const Bytes payload(block.begin() + static_cast<std::ptrdiff_t>(at) + 1, block.end());
+    const std::uint8_t* start = nullptr;
+    std::uint32_t length = 0;
+    if (pkcs1Unpad(&start, &length, block.data(), sizeOf(block), PKCS1_SIGNATURE) != STATUS_OK) return false;
+    const Bytes payload(start, start + length);
     if (payload.size() == digest.size()) return payload == digest;
     const Shape info = shapeOf(addressOf(payload), sizeOf(payload));
     if (info.status != STATUS_OK || info.total() != payload.size() || (payload[0] & 0x1F) != DER_SEQUENCE) return false;
@@ -77,7 +83,12 @@ void rsa(Input& input, const RsaPair& key, bool hasBlock)
                 "a signature");
     } else {
         signature = block;
-        const Bytes raised = power(signature, key.e, key.n);
+        BigNum base, exponent, modulus, power;
+        load(base, signature);
+        load(exponent, key.e);
+        load(modulus, key.n);
+        require(bnModExp(power, base, exponent, modulus) == STATUS_OK, "a power");
+        const Bytes raised = valueOf(power);
         block.assign(k - raised.size(), 0);
         append(block, raised);
     }

@@ -13,6 +13,8 @@ enum class Branch
     blockRefused,        // and cannot be found from the divisor's upper limbs
     wideLowered,         // 128 by 64 bits: the reciprocal's guess is one too large
     wideRaised,          // or one too small
+    blockWideLowered,    // the same of 1024 by 512 bits
+    blockWideRaised,     //
     productSplit,        // Karatsuba's method
     productSchoolbook,   // the longest operands that are not split
     squareSplit,         //

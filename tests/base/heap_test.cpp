@@ -1,6 +1,7 @@
 #include "crypto/base/heap.h"
 
 #include <cstring>
+#include <memory>
 
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
@@ -17,14 +18,15 @@ struct Node : HeapObject
 
 TEST(Heap, ObjectsAndArraysComeFromTheDoorAndReportWhenItIsShut)
 {
-    const std::uint32_t injected = test::forEachFailingAllocation([](test::TestHeap& heap) {
-        Node* node = new (std::nothrow) Node;
-        SecretBytes bytes(100);
-        EXPECT_EQ(heap.failed(), node == nullptr || !bytes);
-        EXPECT_EQ(bytes.size(), bytes ? 100u : 0u);
-        delete node;
-    });
-    EXPECT_EQ(injected, 4u); // two allocations, failed alone and together with all that follow
+    for (std::uint32_t n = 1; n <= 3; ++n) {
+        test::TestHeap heap;
+        heap.failAt(n);
+        const std::unique_ptr<Node> node(new (std::nothrow) Node);
+        const SecretBytes bytes(100);
+        EXPECT_EQ(node == nullptr, n == 1);
+        EXPECT_EQ(bytes.size(), n == 2 ? 0u : 100u);
+        EXPECT_EQ(heap.failed(), n < 3);
+    }
     EXPECT_FALSE(SecretArray<std::uint64_t>(std::size_t(-1) / 8)) << "a size that overflows is no memory";
 }
 
@@ -52,24 +54,26 @@ TEST(Heap, SecretsAreZeroWhenTheyAreReleased)
 TEST(Heap, TestHeapNoticesLeaksAndUnwipedSecrets)
 {
     static void (*commit)();
+    static constexpr char WATCHED[] = "key material";
     const std::pair<void (*)(), const char*> faults[] = {
         {[] { (void)heap::allocate(1); }, "not released"},
         {[] { heap::releaseSecret(heap::allocate(16), 15); }, "without being wiped"},
         {[] { heap::releaseSecret(heap::globalAllocate(16), 16); }, "the other heap"},
         {[] { heap::globalReleaseSecret(heap::globalAllocate(16), 0); }, "not released as secrets"},
         {[] { heap::release(&commit); }, "never allocated"},
+        {[] { heap::release(std::strcpy(static_cast<char*>(heap::allocate(16)), WATCHED)); },
+         "a watched secret in them"},
     };
     for (const auto& [fault, message] : faults) {
         commit = fault;
         EXPECT_NONFATAL_FAILURE(
             {
                 test::TestHeap heap;
+                heap.watch(WATCHED, sizeof WATCHED);
                 commit();
             },
             message);
     }
-    EXPECT_NONFATAL_FAILURE(
-        test::forEachFailingAllocation([](test::TestHeap&) { heap::release(heap::allocate(1)); }, 2), "still failing");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // The search for primes: its whole sequence of reports on one thread, stops and failures, and several threads.
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <thread>
 
 #include "crypto/base/runtime_rand.h"
@@ -78,31 +79,53 @@ TEST(PrimeSearch, RefusesWhatCannotSucceed)
     EXPECT_GE(sink.reports(), 4u);
 }
 
-// Several threads on one cursor: the sink never hears two at once, and what is found stands every check.
-TEST(PrimeSearch, SharesItsCursorAmongWorkers)
+// Several threads on one cursor, half of the searches stopped at some moment: the sink never hears two at once, what is
+// found stands every check, and a search that was stopped leaves nothing over and never half a result.
+TEST(PrimeSearch, SharesItsCursorAmongWorkersAndStopsAtAnyMoment)
 {
+#if defined(_WIN32)
+    constexpr std::uint32_t SEARCHES = 120;
+#else
+    constexpr std::uint32_t SEARCHES = 600;
+#endif
+    using Clock = std::chrono::steady_clock;
     const Number e("03");
-    TestHeap heap;
-    for (std::uint32_t i = 0; i < 12; ++i) {
+    const TestHeap heap;
+    ASSERT_EQ(bnBuildPrimeTable(64), STATUS_OK); // one table for all: building it takes longer than a search
+    std::uint32_t stopped = 0;
+    for (std::uint32_t i = 0; i < SEARCHES; ++i) {
         Dice dice(i);
-        const bool safe = i % 4 == 3;
-        Number start = dice.number(safe ? 1 : 3);
+        const bool safe = i % 8 == 3;
+        Number start = dice.number(safe || i % 16 != 0 ? 1 : 3), prime;
         start.limbs[start.count - 1] = start.limbs[start.count - 1] >> 2 | std::uint64_t{1} << 63; // far from wrapping
+        const std::uint32_t held = heap.held();
         std::atomic<int> inside = 0;
         RecordingSink sink;
+        const auto moment = Clock::now() + std::chrono::microseconds(dice.below(i % 2 ? 1500 : 20000));
         sink.atEach = [&] {
             EXPECT_EQ(inside++, 0);
             std::this_thread::yield();
             --inside;
+            if (Clock::now() >= moment) sink.stopAt = sink.reports();
         };
-        Number prime;
-        ASSERT_EQ(detail::searchPrime(prime, start, safe, &e, &sink, 3), STATUS_OK);
-        EXPECT_GT(bnCompare(prime, start), 0);
-        EXPECT_EQ(bnProbablePrime(prime, 5), 1);
-        const Number predecessor = run(bnSubtractWord, prime, std::uint64_t{1});
-        EXPECT_EQ(hex(run(bnGcd, predecessor, e)), "01");
-        EXPECT_NE(std::find(sink.steps.begin(), sink.steps.end(), safe ? 24 : 25), sink.steps.end());
+        const Status status = detail::searchPrime(prime, start, safe, &e, &sink, 1 + i % 3);
+        if (status == STATUS_OK) {
+            EXPECT_GT(bnCompare(prime, start), 0);
+            EXPECT_EQ(bnProbablePrime(prime, 5), 1);
+            EXPECT_EQ(hex(run(bnGcd, run(bnSubtractWord, prime, std::uint64_t{1}), e)), "01");
+            EXPECT_NE(std::find(sink.steps.begin(), sink.steps.end(), safe ? 24 : 25), sink.steps.end());
+            bnDestroy(prime);
+        } else {
+            ++stopped;
+            EXPECT_EQ(status, RecordingSink::STOP);
+            EXPECT_EQ(prime.count, 0) << "written though it was stopped";
+        }
+        ASSERT_EQ(heap.held(), held);
     }
+    bnFreePrimeTable();
+    std::printf("%u searches, %u of them stopped\n", SEARCHES, stopped);
+    EXPECT_GT(stopped, SEARCHES / 10);
+    EXPECT_LT(stopped, SEARCHES);
 }
 
 // Offsets that are sieved, those around the end of the sieve, and far ones.

@@ -9,6 +9,8 @@
 
 namespace toolbelt::test {
 
+inline constexpr std::uint32_t ECB = 99; // of the model: blocks that are not chained
+
 // One block at a time, for CFB one byte at a time.
 inline std::vector<std::uint8_t> modelEncrypt(cSymAlg& cipher, std::uint32_t mode, std::vector<std::uint8_t> chain,
                                               const std::vector<std::uint8_t>& in)
@@ -18,7 +20,7 @@ inline std::vector<std::uint8_t> modelEncrypt(cSymAlg& cipher, std::uint32_t mod
     const auto encryptChain = [&] {
         block = chain;
         if (cipher.encryptBlocks(chain.data(), block.data(), static_cast<std::int32_t>(size)) != CRYPT_OK)
-            throw std::runtime_error("a block was not encrypted");
+            throw std::runtime_error("a block is refused");
     };
     const auto swapWords = [&] {
         for (std::size_t i = 0; mode == SYM_MODE_CBC_WORDSWAP && i + 4 <= size; i += 4) {
@@ -33,7 +35,7 @@ inline std::vector<std::uint8_t> modelEncrypt(cSymAlg& cipher, std::uint32_t mod
             out.push_back(chain[i % size]);
             continue;
         }
-        chain[i % size] ^= in[i];
+        chain[i % size] = static_cast<std::uint8_t>(in[i] ^ (mode == ECB ? 0 : chain[i % size]));
         if (i % size + 1 != size) continue;
         swapWords();
         encryptChain();

@@ -74,7 +74,7 @@ TEST(Chaining, StatusesOfTheCipherAndItsSizes)
 TEST(Chaining, AnyBlockSizeAndWholeBatches)
 {
     for (const std::uint32_t blockSize : {1u, 3u, 4u, 7u, 8u, 16u, 20u, 1000u, 5000u})
-        for (const std::uint32_t mode : {SYM_MODE_CBC, SYM_MODE_CBC_WORDSWAP, SYM_MODE_CFB}) {
+        for (const std::uint32_t mode : {SYM_MODE_CBC, SYM_MODE_CBC_WORDSWAP, SYM_MODE_CFB, 77u}) { // any other: CBC
             SCOPED_TRACE(testing::Message() << "block " << blockSize << ", mode " << mode);
             Recorder cipher(blockSize);
             cipher.setMode(mode);
@@ -83,6 +83,7 @@ TEST(Chaining, AnyBlockSizeAndWholeBatches)
                 randomBytes((12345 / blockSize + 2) * blockSize - (mode == SYM_MODE_CFB ? blockSize / 2 : 0), 22);
             const Bytes encrypted = chained(cipher, true, iv, plain);
             EXPECT_EQ(encrypted, modelEncrypt(cipher, mode, iv, plain));
+            EXPECT_EQ(chained(cipher, true, {}, plain), chained(cipher, true, Bytes(blockSize), plain));
             cipher.calls.clear();
             EXPECT_EQ(chained(cipher, false, iv, encrypted), plain);
             // Decryption hands over all it can: about a kilobyte at once, never less than a block.

@@ -1,6 +1,7 @@
 // Processor features, and the routines of a cipher against each other.
+#include <algorithm>
+
 #include "crypto/cipher/rijndael_tiers.h"
-#include "crypto/cipher/wide.h"
 #include "tests/cipher/cipher_support.h"
 
 namespace toolbelt::test {
@@ -37,19 +38,25 @@ TEST(CpuFeatures, AreThoseThatTheCompilerFindsAndCanBeLimited)
     EXPECT_EQ(cpu::nameFeaturesInUse(nullptr, 0), 8u);
 }
 
-// One block at a time, which no twin takes.
-Bytes blockByBlock(cSymAlg& cipher, bool encrypt, std::uint32_t size, const Bytes& in)
+// Off by so many bytes, apart and in place: nothing is written around the output, and the input is left as it is.
+template <typename Run>
+void expectOnBuffers(Run run, const Bytes& in, const Bytes& expected, std::size_t shift)
 {
-    Bytes out(in.size());
-    for (std::size_t at = 0; at < in.size(); at += size) {
-        const auto transform = encrypt ? &cSymAlg::encryptBlocks : &cSymAlg::decryptBlocks;
-        EXPECT_EQ((cipher.*transform)(&in[at], &out[at], static_cast<std::int32_t>(size)), CRYPT_OK);
-    }
-    return out;
+    const auto framed = [shift](const Bytes& bytes) {
+        Bytes result(bytes.size() + 2 * shift, 0xC3);
+        std::copy(bytes.begin(), bytes.end(), result.begin() + static_cast<std::ptrdiff_t>(shift));
+        return result;
+    };
+    Bytes source = framed(in), target = framed(Bytes(in.size(), 0x5A));
+    ASSERT_EQ(run(source.data() + shift, target.data() + shift, lengthOf(in)), CRYPT_OK);
+    ASSERT_TRUE(source == framed(in) && target == framed(expected));
+    ASSERT_EQ(run(source.data() + shift, source.data() + shift, lengthOf(in)), CRYPT_OK);
+    ASSERT_EQ(source, framed(expected)) << "in place";
 }
 
-// Every cipher, in whole numbers of blocks from none to more than any twin takes at once.
-TEST(CipherTiers, GiveTheSameForEveryNumberOfBlocksInEveryMode)
+// Every cipher against the model, which takes one block at a time as no twin does, in whole numbers of blocks from none
+// to more than any twin takes at once; with CFB any length.
+TEST(CipherTiers, AreTheModelForEveryNumberOfBlocksInEveryMode)
 {
     // And AES instructions on the narrower registers, where the wider ones would serve.
     std::vector<std::uint32_t> steps = featureSteps();
@@ -57,81 +64,45 @@ TEST(CipherTiers, GiveTheSameForEveryNumberOfBlocksInEveryMode)
     std::vector<std::size_t> sizes = {31, 32, 33, 48, 64, 70, 300};
     for (std::size_t blocks = 0; blocks <= 20; ++blocks) sizes.push_back(blocks);
     for (std::uint32_t row = 1; row < CIPHER_ROW_COUNT; ++row) {
-        const auto& [id, create, keySize, blockSize] = cipherRows[row];
-        const std::uint32_t size = blockSize();
-        const Bytes key = randomBytes(keySize(nullptr), 30), iv = randomBytes(size, 34);
-        const Cipher portable = [&, chosen = id] {
+        const std::int32_t id = cipherRows[row].id;
+        const std::uint32_t size = cipherRows[row].blockSize();
+        const Bytes key = randomBytes(cipherRows[row].keySize(nullptr), 30), iv = randomBytes(size, 34);
+        const Cipher portable = [&] {
             const FeatureLimit limit(0);
-            return makeCipher(chosen, key);
+            return makeCipher(id, key);
         }();
+        std::vector<Cipher> ciphers; // one a step
         for (const std::uint32_t features : steps) {
             const FeatureLimit limit(features);
-            const Cipher fast = makeCipher(id, key);
-            if (id == 9) {
-                ASSERT_EQ(rijndaelTier(*portable), nullptr);
-                const bool instructions = cpu::has(cpu::AES | cpu::SSE2);
-                EXPECT_EQ(rijndaelTier(*fast), !instructions                       ? nullptr
-                                               : cpu::has(cpu::VAES | cpu::AVX512) ? &rijndaelVaes512
-                                               : cpu::has(cpu::VAES)               ? &rijndaelVaes
-                                                                                   : &rijndaelAesni);
-            }
-            for (const std::size_t blocks : sizes) {
-                SCOPED_TRACE(testing::Message() << cipherNames[row] << ", " << blocks << " blocks, " << features);
-                const Bytes in = randomBytes(size * blocks, 31);
-                ASSERT_EQ(ecb(*fast, true, in), blockByBlock(*portable, true, size, in));
-                ASSERT_EQ(ecb(*fast, false, in), blockByBlock(*portable, false, size, in));
-                for (const std::uint32_t mode : {SYM_MODE_CBC, SYM_MODE_CBC_WORDSWAP, SYM_MODE_CFB})
-                    for (const bool encrypt : {true, false}) {
-                        fast->setMode(mode);
-                        portable->setMode(mode);
-                        const Bytes expected = chained(*portable, encrypt, iv, in);
-                        ASSERT_EQ(chained(*fast, encrypt, iv, in), expected) << mode << encrypt;
-                        Bytes inPlace = in;
-                        const auto run = encrypt ? fast->modeEncrypt : fast->modeDecrypt;
-                        ASSERT_EQ(run(fast.get(), iv.data(), inPlace.data(), inPlace.data(), lengthOf(in)), CRYPT_OK);
-                        ASSERT_EQ(inPlace, expected) << mode << encrypt << " in place";
-                    }
-            }
+            ciphers.push_back(makeCipher(id, key));
+            if (id != 9) continue;
+            EXPECT_EQ(rijndaelTier(*ciphers.back()), !cpu::has(cpu::AES | cpu::SSE2)     ? nullptr
+                                                     : cpu::has(cpu::VAES | cpu::AVX512) ? &rijndaelVaes512
+                                                     : cpu::has(cpu::VAES)               ? &rijndaelVaes
+                                                                                         : &rijndaelAesni);
         }
-    }
-}
-
-// A wide twin takes whole registers of blocks, touches none of the others, and does what a narrower one does.
-TEST(CipherTiers, TakeAsManyBlocksAsTheyCanSideBySide)
-{
-    struct Twin
-    {
-        WideBlocks* routine;
-        std::uint32_t features, blocks;
-    };
-    const struct
-    {
-        std::uint32_t size, keyBytes;
-        std::vector<Twin> twins;
-    } ciphers[] = {
-        {8, 32, {{gostDecryptAvx2, cpu::AVX2, 8}, {gostDecryptAvx512, cpu::AVX512 | cpu::VBMI, 16}}},
-        {8, 104, {{ideaTransformAvx2, cpu::AVX2, 16}, {ideaTransformAvx512, cpu::AVX512, 32}}},
-        {16, 176, {{rc6DecryptAvx2, cpu::AVX2, 8}, {rc6DecryptAvx512, cpu::AVX512, 16}}},
-        {16, 528, {{serpentDecryptAvx2, cpu::AVX2, 8}, {serpentDecryptAvx512, cpu::AVX512, 16}}},
-    };
-    for (const auto& [size, keyBytes, twins] : ciphers) {
-        const Bytes keys = randomBytes(keyBytes, 40);
-        for (std::uint32_t blocks = 0; blocks <= 70; ++blocks) {
-            const Bytes in = randomBytes(size * blocks, 41);
-            Bytes narrow;
-            for (const Twin& twin : twins) {
-                if (!cpu::has(twin.features)) continue;
-                SCOPED_TRACE(testing::Message() << size << " by " << twin.blocks << ", " << blocks << " blocks");
-                Bytes out = in;
-                const std::uint32_t done = twin.routine(keys.data(), out.data(), out.data(), blocks);
-                ASSERT_EQ(done, blocks / twin.blocks * twin.blocks);
-                const auto behind = static_cast<std::ptrdiff_t>(done * size);
-                ASSERT_TRUE(std::equal(out.begin() + behind, out.end(), in.begin() + behind));
-                const std::size_t both = narrow.empty() ? 0 : done * size;
-                ASSERT_TRUE(std::equal(out.data(), out.data() + both, narrow.data()));
-                narrow = out;
+        for (const std::size_t blocks : sizes)
+            for (const std::uint32_t mode : {ECB, SYM_MODE_CBC, SYM_MODE_CBC_WORDSWAP, SYM_MODE_CFB}) {
+                Bytes text = randomBytes(size * blocks, 31);
+                if (mode == SYM_MODE_CFB && blocks != 0) text.resize(text.size() - blocks % size);
+                const Bytes expected = modelEncrypt(*portable, mode, iv, text);
+                for (std::size_t i = 0; i < steps.size(); ++i) {
+                    SCOPED_TRACE(testing::Message()
+                                 << cipherNames[row] << ", " << blocks << " blocks, mode " << mode << ", " << steps[i]);
+                    const FeatureLimit limit(steps[i]);
+                    cSymAlg& cipher = *ciphers[i];
+                    cipher.setMode(mode);
+                    const auto run = [&](bool encrypt, auto... buffers) {
+                        if (mode != ECB)
+                            return (encrypt ? cipher.modeEncrypt : cipher.modeDecrypt)(&cipher, iv.data(), buffers...);
+                        return encrypt ? cipher.encryptBlocks(buffers...) : cipher.decryptBlocks(buffers...);
+                    };
+                    expectOnBuffers([&](auto... buffers) { return run(true, buffers...); }, text, expected, blocks % 5);
+                    expectOnBuffers([&](auto... buffers) { return run(false, buffers...); }, expected, text,
+                                    blocks % 5);
+                    if (HasFatalFailure()) return;
+                }
             }
-        }
     }
 }
 

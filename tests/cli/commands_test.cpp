@@ -30,7 +30,7 @@ std::string unescaped(const std::string& text)
 
 bool isMessage(const std::string& text)
 {
-    return text.starts_with("pattern:") || text.starts_with("repeat:");
+    return text.starts_with("pattern:") || text.starts_with("repeat:") || text.starts_with("hex:");
 }
 std::string bytesOf(const std::string& text)
 {
@@ -91,6 +91,7 @@ protected:
         std::string all;
         for (const std::string& line : record.list(name)) all += value(line) + '\n';
         for (const std::string& part : record.list(parts)) EXPECT_TRUE(contains(text, value(part))) << text;
+        for (const std::string& part : record.list("has-not")) EXPECT_FALSE(contains(text, value(part))) << text;
         if (record.has(name) || !record.has(parts)) {
             EXPECT_EQ(text, all);
         }
@@ -105,7 +106,8 @@ protected:
         expectText(record, "out", outcome.out);
         expectText(record, "err", outcome.err);
         EXPECT_TRUE(outcome.exitCode < 2 || outcome.err.starts_with("toolbelt: ")) << outcome.err;
-        EXPECT_EQ(outcome.exitCode == 2, contains(outcome.err, "\nusage: toolbelt ")) << outcome.err;
+        EXPECT_EQ(outcome.exitCode == 2 && !record.has("err"), contains(outcome.err, "\nusage: toolbelt "))
+            << outcome.err;
         for (const std::string& file : record.list("holds"))
             EXPECT_TRUE(scratch_.read(nameOf(file)) == contentOf(file)) << file.substr(0, 100);
         if (record.has("left")) {

@@ -6,7 +6,6 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
-#include <thread>
 
 namespace toolbelt::test {
 namespace {
@@ -28,43 +27,32 @@ std::wstring quoted(const std::wstring& argument)
     return L'"' + argument + L'"';
 }
 
-struct Pipe
+SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
+
+// What the program writes, in a file that is gone with its last handle. A pipe would stay open longer than the program:
+// what the system starts on its behalf inherits it.
+struct Written
 {
-    HANDLE reading = nullptr, writing = nullptr;
-    explicit Pipe(bool parentWrites)
+    HANDLE file;
+    Written()
     {
-        SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
-        if (!CreatePipe(&reading, &writing, &inherit, 0)) throw std::runtime_error("no pipe");
-        SetHandleInformation(parentWrites ? writing : reading, HANDLE_FLAG_INHERIT, 0);
+        wchar_t folder[MAX_PATH], path[MAX_PATH];
+        GetTempPathW(MAX_PATH, folder);
+        GetTempFileNameW(folder, L"out", 0, path);
+        file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                           &inheritable, CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+        if (file == INVALID_HANDLE_VALUE) throw std::runtime_error("no file for what is written");
+    }
+    ~Written() { CloseHandle(file); }
+    std::string text() const
+    {
+        std::string bytes(GetFileSize(file, nullptr), 0);
+        DWORD got = 0;
+        SetFilePointer(file, 0, nullptr, FILE_BEGIN);
+        ReadFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &got, nullptr);
+        return bytes;
     }
 };
-
-// What the process writes until it has ended. The pipe may stay open longer: a program that the system starts on its
-// behalf inherits it.
-std::string readAll(HANDLE handle, HANDLE process)
-{
-    std::string text;
-    std::vector<char> piece(65536);
-    for (;;) {
-        const bool ended = WaitForSingleObject(process, 0) == WAIT_OBJECT_0;
-        DWORD there = 0, got = 0;
-        if (!PeekNamedPipe(handle, nullptr, 0, nullptr, &there, nullptr)) break;
-        if (there != 0 && ReadFile(handle, piece.data(), static_cast<DWORD>(piece.size()), &got, nullptr))
-            text.append(piece.data(), got);
-        else if (ended)
-            break;
-        else
-            Sleep(2);
-    }
-    CloseHandle(handle);
-    return text;
-}
-
-std::filesystem::path programFolder()
-{
-    wchar_t path[MAX_PATH];
-    return std::filesystem::path(path, path + GetModuleFileNameW(nullptr, path, MAX_PATH)).parent_path();
-}
 
 } // namespace
 
@@ -74,38 +62,42 @@ Outcome run(const Arguments& arguments, const std::string& input)
     std::wstring command = quoted(programFolder() / L"toolbelt.exe");
     for (const std::string& argument : arguments) command += L" " + quoted(wide(argument));
 
-    Pipe in(true), out(false), err(false);
+    const Written out, err;
+    HANDLE reading = nullptr, writing = nullptr;
+    if (!CreatePipe(&reading, &writing, &inheritable, 0)) throw std::runtime_error("no pipe");
+    SetHandleInformation(writing, HANDLE_FLAG_INHERIT, 0);
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdInput = in.reading;
-    startup.hStdOutput = out.writing;
-    startup.hStdError = err.writing;
+    startup.hStdInput = reading;
+    startup.hStdOutput = out.file;
+    startup.hStdError = err.file;
     PROCESS_INFORMATION process = {};
     if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, vectors.c_str(), &startup,
                         &process))
         throw std::runtime_error("toolbelt.exe does not start");
-    for (const HANDLE handle : {in.reading, out.writing, err.writing}) CloseHandle(handle);
-
-    Outcome outcome;
-    std::thread errors([&] { outcome.err = readAll(err.reading, process.hProcess); });
-    std::thread feeder([&] {
-        DWORD written = 0;
-        for (std::size_t at = 0; at < input.size(); at += written)
-            if (!WriteFile(in.writing, input.data() + at, static_cast<DWORD>(input.size() - at), &written, nullptr))
-                break;
-        CloseHandle(in.writing);
-    });
-    outcome.out = readAll(out.reading, process.hProcess);
-    feeder.join();
-    errors.join();
+    CloseHandle(reading);
+    DWORD written = 0, exitCode = 0;
+    for (std::size_t at = 0; at < input.size(); at += written)
+        if (!WriteFile(writing, input.data() + at, static_cast<DWORD>(input.size() - at), &written, nullptr)) break;
+    CloseHandle(writing);
     WaitForSingleObject(process.hProcess, INFINITE);
-    DWORD exitCode = 0;
     GetExitCodeProcess(process.hProcess, &exitCode);
-    outcome.exitCode = static_cast<int>(exitCode);
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
-    return outcome;
+    return {static_cast<int>(exitCode), out.text(), err.text()};
+}
+
+std::filesystem::path programFolder()
+{
+    wchar_t path[MAX_PATH];
+    return std::filesystem::path(path, path + GetModuleFileNameW(nullptr, path, MAX_PATH)).parent_path();
+}
+
+std::string readFile(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 bool contains(const std::string& text, const std::string& part)

@@ -16,7 +16,7 @@ struct Outcome
     std::string out, err;
 };
 
-// Arguments in UTF-8; the streams are pipes.
+// Arguments in UTF-8.
 Outcome run(const Arguments& arguments, const std::string& input = {});
 
 // A folder of its own for each test, its name outside every code page; gone, with its files, afterwards.
@@ -39,6 +39,10 @@ private:
     const std::filesystem::path folder_;
 };
 
+// The folder of the test program.
+std::filesystem::path programFolder();
+// As far as it can be read by now.
+std::string readFile(const std::filesystem::path& path);
 bool contains(const std::string& text, const std::string& part);
 // The lines without their ends.
 std::vector<std::string> lines(const std::string& text);

@@ -1,7 +1,5 @@
-// Templates built word by word, and the header's layout at every width and resolution.
+// Which templates are refused, and the header's layout at every width and resolution.
 #include "Includes/cDlg/dialog_template.h"
-
-#include <cstring>
 
 #include "Includes/cDlg/colored_dlg.h"
 #include "Includes/cDlg/header_layout.h"
@@ -10,70 +8,23 @@
 namespace toolbelt::test {
 namespace {
 
-using Words = std::vector<std::uint16_t>;
-
-// Each with a menu, class or title by number or name and two controls, the first one's text by name and with data that
-// counts 4 bytes: the second one's place is the same whether that classic count counts itself or not. 0xAAAA only fills
-// up to a multiple of four.
-const Words classicTemplate = {0x0040, 0x80C8, 0x0100, 1, 2, 1, 2, 3, 4,  0xFFFF, 5,    'C',    0, 'T', 0, 8, 'F', 0, //
-                               0,      0x5000, 0,      0, 1, 2, 3, 4, 9,  0xFFFF, 0x80, 'B',    0, 4,   1, 2,         //
-                               0,      0x5000, 0,      0, 1, 2, 3, 4, 10, 'C',    0,    0xFFFF, 7, 0};
-const Words messageFontTemplate = {0x0040, 0x80C8, 0x0100, 1, 0, 1, 2, 3, 4, 0, 0, 0, 0x7FFF};
-const Words extendedTemplate = {
-    1, 0xFFFF, 0, 0, 0x0100, 1,      0x0040, 0x80C8, 2, 1, 2,  3, 4,      0,    0,   'T', 0, 8, 400, 256,    'F', 0, //
-    0, 0,      0, 0, 0,      0x5000, 1,      2,      3, 4, 9,  0, 0xFFFF, 0x80, 'B', 0,   4, 1, 2,   0xAAAA,         //
-    0, 0,      0, 0, 0,      0x5000, 1,      2,      3, 4, 10, 0, 'C',    0,    0,   0};
-
-// The first size bytes in front of an inaccessible page.
-std::uint8_t* atEdge(const Words& words, std::size_t size)
+// Where templates end and what is changed in them is compared with a model; those of the tests' dialogs must be read.
+TEST(DialogTemplate, ReadsEachFontAndRefusesOtherVersionsAndWhatIsTooLarge)
 {
-    constexpr std::size_t PAGE = 0x1000;
-    static void* const pages = VirtualAlloc(nullptr, 2 * PAGE, MEM_RESERVE, PAGE_NOACCESS);
-    auto* const end = static_cast<std::uint8_t*>(VirtualAlloc(pages, PAGE, MEM_COMMIT, PAGE_READWRITE)) + PAGE;
-    return static_cast<std::uint8_t*>(std::memcpy(end - size, words.data(), size));
-}
-
-std::size_t extentOf(const Words& words)
-{
-    return templateExtent(atEdge(words, 2 * words.size()), 2 * words.size());
-}
-
-TEST(DialogTemplate, PatchesTheRightWordAndRefusesWhatIsCut)
-{
-    for (const Words& words : {classicTemplate, messageFontTemplate, extendedTemplate}) {
-        const bool isExtended = words[1] == 0xFFFF;
-        const std::size_t whole = 2 * words.size();
-        for (std::size_t size = 0; size <= whole; ++size) {
-            std::uint8_t* const bytes = atEdge(words, size);
-            ASSERT_EQ(templateExtent(bytes, size), size == whole ? size : 0) << size;
-            ASSERT_EQ(setTemplateRightToLeft(bytes, size), size >= (isExtended ? 26u : 18u)) << size;
-        }
-        Words expected = words; // extended style 0x00010100: the second double word, or the third
-        expected[isExtended ? 5 : 3] = 0x41;
-        std::uint8_t* const patched = atEdge(words, whole);
-        setTemplateRightToLeft(patched, whole);
-        EXPECT_EQ(std::memcmp(patched, expected.data(), whole), 0);
-
-        Words many = words;
-        many[isExtended ? 8 : 4] = 0xFFFF;
-        EXPECT_EQ(extentOf(many), 0u);
+    // A menu by number, a title, a font, and one control; only with an extended version of 1 it is read.
+    std::uint16_t words[] = {1, 0xFFFF, 0,   0, 0x0100, 1,   0x0040, 0x80C8, 1,      1,    2,   3, 4,
+                             0, 0,      'T', 0, 8,      400, 0,      'F',    0,      0,    0,   0, 0,
+                             0, 0x5000, 1,   2, 3,      4,   9,      0,      0xFFFF, 0x80, 'B', 0, 0};
+    for (const std::uint16_t version : {1, 2}) {
+        words[0] = version;
+        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(words);
+        EXPECT_EQ(templateExtent(bytes, sizeof words), version == 1 ? sizeof words : 0);
     }
-    Words otherVersion = extendedTemplate;
-    otherVersion[0] = 2;
-    EXPECT_EQ(extentOf(otherVersion), 0u);
-    Words longData = extendedTemplate;
-    longData[38] = 0xFFFF;
-    EXPECT_EQ(extentOf(longData), 0u);
+    // The font of message boxes has neither size nor name.
+    const std::uint16_t messageFont[] = {0x0040, 0x80C8, 0x0100, 1, 0, 1, 2, 3, 4, 0, 0, 0, 0x7FFF};
+    EXPECT_EQ(templateExtent(reinterpret_cast<const std::uint8_t*>(messageFont), sizeof messageFont),
+              sizeof messageFont);
     EXPECT_EQ(templateExtent(std::vector<std::uint8_t>(LARGEST_TEMPLATE + 1).data(), LARGEST_TEMPLATE + 1), 0u);
-
-    // A count of 2 puts the second control four bytes earlier when it counts itself. Whole one way, either template is
-    // read to the count of the second control's data, behind the end, the other way.
-    Words counting = classicTemplate, notCounting = classicTemplate;
-    counting[31] = notCounting[31] = 2;
-    counting.erase(counting.begin() + 32, counting.begin() + 34);
-    const Words names = {0xFFFF, 0x80, 'B', 0};
-    std::copy(names.begin(), names.end(), notCounting.begin() + 43);
-    for (const Words& words : {counting, notCounting}) EXPECT_EQ(extentOf(words), 2 * words.size() + 2);
 }
 
 // Of a line of the bold font on a screen of that resolution.

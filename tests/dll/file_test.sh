@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# The DLL's file: how it may be loaded, what it imports and what it exports. Usage: file_test.sh DLL
+# The DLL's file: how it may be loaded, what it imports and exports, and which version it says it is.
+# Usage: file_test.sh DLL VERSION
 set -eu
 root=$(cd "$(dirname "$0")/../.." && pwd)
-dll=$1 checks=0 failed=0
+dll=$1 version=$2 checks=0 failed=0
 headers=$(i686-w64-mingw32-objdump -p "$dll")
 check() { # TITLE COMMAND...
     checks=$((checks + 1))
@@ -35,6 +36,10 @@ check "exports hardly anything" test "$(wc -l <<<"$names")" -gt 100
 number() { sed -nE "s/^\t$1 *\t+([0-9a-f]{8})\$/\1/p" <<<"$headers" | head -n 1; }
 check "does not tell how many it exports" test -n "$(number 'Export Address Table')"
 check "exports by number alone" test "$(number 'Export Address Table')" = "$(number '\[Name Pointer\/Ordinal\] Table')"
+
+resources=$(i686-w64-mingw32-windres -J coff -O rc "$dll")
+check "is another version" grep -qx " FILEVERSION ${version//./, }, 0" <<<"$resources"
+check "is another product" grep -q 'VALUE "ProductName", "Toolbelt"$' <<<"$resources"
 
 echo "file_test: $checks checks"
 exit $failed

@@ -17,13 +17,6 @@ const std::multimap<std::string, std::int32_t> idsByName = {
     {"MD5", 1},      {"SHA-1", 2},        {"RIPEMD-160", 3},       {"SHA-256", 8},      {"SHA-256", 0x80},
     {"SHA-512", 10}, {"Whirlpool", 0x81}, {"Skein-512-512", 0x83}, {"Keccak-512", 0x82}};
 
-Bytes messageOf(const std::string& notation)
-{
-    Record record;
-    record.add("input", notation);
-    return record.message("input");
-}
-
 // One digest over several updates.
 Bytes digestOf(std::int32_t id, const std::vector<Bytes>& updates)
 {
@@ -82,7 +75,7 @@ TEST(HashKeccak, EveryUpdateIsAMessageOfItsOwn)
     for (const Record& record : test::readVectors("keccak-per-update.txt")) {
         SCOPED_TRACE(record.where);
         std::vector<Bytes> updates;
-        for (const std::string& notation : record.list("update")) updates.push_back(messageOf(notation));
+        for (const std::string& notation : record.list("update")) updates.push_back(test::messageOf(notation));
         severalUpdates += updates.size() > 1;
         EXPECT_EQ(toHex(digestOf(test::KECCAK_ID, updates)), toHex(record.bytes("value")));
         EXPECT_EQ(record.unread(), std::vector<std::string>());

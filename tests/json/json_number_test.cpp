@@ -1,21 +1,16 @@
-// Numbers and strings as JSON texts: exact, and safe on what is cut short.
+// Numbers as JSON texts: exact, and safe on what is cut short.
 #include <gtest/gtest.h>
 
 #include <bit>
 #include <cmath>
-#include <cstring>
 #include <limits>
-#include <memory>
 #include <random>
 
 #include "tests/support/vectors.h"
 #include "json/json_number.h"
-#include "json/json_source.h"
 
 namespace toolbelt::test {
 namespace {
-
-using namespace std::string_literals;
 
 template <typename Number>
 std::string digits(Number number)
@@ -73,37 +68,6 @@ TEST(JsonNumber, ReadsTheNearest)
     for (const std::string& row : readVectors("json/numbers.txt").front().list("case")) {
         const std::size_t bar = row.find('|');
         EXPECT_EQ(readAs(row.substr(0, bar - 1)), row.substr(bar + 2)) << row;
-    }
-}
-
-TEST(JsonSource, FindsAndReadsStrings)
-{
-    const std::string document =
-        "\xEF\xBB\xBF{\"\\u0041\\\\\\\"\\/\\b\\f\\n\\r\\t\\q\\u20aC\\uD840\\udc00\\u0000.\": [ "
-        "-1.5e+3 ,\n true,\n\"-1\",2]}";
-    // Every prefix in a block of its own size, so that a read beyond it is seen.
-    for (std::size_t size = 0; size <= document.size(); ++size) {
-        const std::unique_ptr<char[]> block(new char[size]);
-        std::memcpy(block.get(), document.data(), size);
-        JsonSource source(block.get(), static_cast<std::uint32_t>(size));
-        std::string found;
-        for (JsonToken token; source.next(token);) {
-            char out[64];
-            std::uint32_t length = 0;
-            ASSERT_TRUE(!token.isString || jsonUnescape(out, sizeof out, &length, token));
-            found += token.isString ? "'" + std::string(out, length) + "'" : std::string(token.start, token.length);
-            found += '@' + std::to_string(token.line) + ' ';
-        }
-        if (size == document.size()) {
-            EXPECT_EQ(found, "'A\\\"/\b\f\n\r\tq\xE2\x82\xAC\xF0\xA0\x80\x80\0.'@1 -1.5e+3@1 '-1'@3 2@3 "s);
-        }
-    }
-    for (const std::string bad : {"\\ud800", "\\udc00", "\\ud800\\u0041", "\\ud800\\ud800", "\\ud8", "\\u00g0", "\\",
-                                  "\\ud800\\udc0", "four+", "\\u20ac\\u20ac"}) {
-        char out[4];
-        std::uint32_t length = 0;
-        EXPECT_FALSE(jsonUnescape(out, 4, &length, {bad.data(), static_cast<std::uint32_t>(bad.size()), 1, true}))
-            << bad;
     }
 }
 

@@ -98,9 +98,12 @@ TEST(Elgamal, MessagesAreNumbersModuloPAndAnEmptyPoolIsTold)
     needs(*open, &cPKA::rawToDer, 137); // two INTEGERs of 65 octets
     needs(*secret, &cPKA::signPrefixed, 132);
     needs(*secret, &cPKA::privateFromPrefixed, 64);
-    // a = 0 has no inverse; a pair that is cut short.
-    run(*secret, &cPKA::privateFromPrefixed, join({prefixed({}), prefixed({1})}), 30);
+    // a = 0 has no inverse, p neither; a pair that is cut short. By design the range of a is not tested.
+    for (const Bytes& a : {Bytes(), numbers.p})
+        run(*secret, &cPKA::privateFromPrefixed, join({prefixed(a), prefixed({1})}), 30);
     run(*secret, &cPKA::privateFromPrefixed, prefixed({1}), 30);
+    ASSERT_EQ(bnAddWord(p, p, 1), 0);
+    EXPECT_EQ(run(*secret, &cPKA::privateFromPrefixed, join({prefixed(bytesOf(p)), prefixed({5})})), padded({5}, 64));
 }
 
 TEST(Elgamal, EachOperationDemandsItsMark)

@@ -177,28 +177,24 @@ TEST_F(Generate, FieldKeysRefuseOtherLengths)
     EXPECT_EQ(generate(generateElgamal, elgamal, 128, seed, nullptr), PKA_E_LENGTH);
 }
 
-Status makeRsa(ProgressSink* sink)
-{
-    RsaPrivateOwner key;
-    Bytes seed = seedOf(32);
-    return generate(key, seed, 0, sink);
-}
-Status makeDsa(ProgressSink* sink)
-{
-    DsaOwner key;
-    Bytes seed(DSA_SEED_LENGTH, 0x3D);
-    return generate(generateDsa, key, 512, seed, sink);
-}
-Status makeElgamal(ProgressSink* sink)
-{
-    ElgamalOwner key;
-    Bytes seed(elgamalSeedLength(128), 0x3E);
-    return generate(generateElgamal, key, 128, seed, sink);
-}
-
 TEST_F(Generate, StopsAtAnyReport)
 {
     // In the table, at its end, at the phases, in them.
+    const auto makeRsa = [](ProgressSink* sink) {
+        RsaPrivateOwner key;
+        Bytes seed = seedOf(32);
+        return generate(key, seed, 0, sink);
+    };
+    const auto makeDsa = [](ProgressSink* sink) {
+        DsaOwner key;
+        Bytes seed(DSA_SEED_LENGTH, 0x3D);
+        return generate(generateDsa, key, 512, seed, sink);
+    };
+    const auto makeElgamal = [](ProgressSink* sink) {
+        ElgamalOwner key;
+        Bytes seed(elgamalSeedLength(128), 0x3E);
+        return generate(generateElgamal, key, 128, seed, sink);
+    };
     const std::pair<Status (*)(ProgressSink*), std::vector<std::size_t>> generators[] = {
         {makeRsa, {1, 2, 1024, 1025, 1026}},
         {makeDsa, {1, 2, 2048, 2049, 2050, 2060}},

@@ -107,6 +107,20 @@ TEST_F(Rsa512Slots, SignaturesComeAsNumbersOrAsStringsOfTheKeysLength)
     EXPECT_EQ(verifyPrefixed(*open, tooLong, digest), 32);
 }
 
+TEST_F(Rsa512Slots, NumbersFromTheModulusOnCountAsTheirRemainders)
+{
+    const Bytes n = rsaKey("rsa512").n, zero(k), one = padded({1}, k);
+    Bytes last = n, next = n;
+    --last.back(); // n is odd and does not end in FF
+    ++next.back();
+    for (const auto& [value, power] : {std::pair(zero, zero), {one, one}, {last, last}, {n, zero}, {next, one}}) {
+        EXPECT_EQ(run(*secret, &cPKA::privateFromDer, derElement(4, value)), power);
+        EXPECT_EQ(run(*secret, &cPKA::privateFromPrefixed, prefixed(value, k + 2)), power);
+        EXPECT_EQ(run(*open, &cPKA::publicFromDer, derElement(4, value)), power);
+        EXPECT_EQ(run(*open, &cPKA::encryptPrefixed, value), prefixed(power, k + 2));
+    }
+}
+
 TEST(RsaSlots, ShortInputsToSmallExponentsFail)
 {
     RsaNumbers numbers = rsaKey("rsa1024e3");
@@ -120,6 +134,9 @@ TEST(RsaSlots, ShortInputsToSmallExponentsFail)
     run(*open, &cPKA::rawToDer, two, 32);
     run(*open, &cPKA::publicFromPrefixed, prefixed(two, k + 2), 30);
     run(*open, &cPKA::publicFromDer, derElement(4, two), 32);
+    Bytes next = numbers.n; // n and above count as what they are modulo n
+    ++next.back();
+    for (const Bytes& value : {numbers.n, next}) run(*open, &cPKA::publicFromDer, derElement(4, value), 32);
 
     run(*open, &cPKA::encryptPrefixed, join({Bytes(k - border), {1}, Bytes(border - 1)}));
     const Bytes justShort = join({Bytes(k - border + 1), Bytes(border - 1, 0xFF)});

@@ -9,7 +9,7 @@
 #include "include/toolbelt/toolbelt_c.h"
 #include "tests/bignum/numbers.h"
 #include "tests/cipher/cipher_support.h"
-#include "tests/pka/keys.h"
+#include "tests/robust/key_uses.h"
 #include "tests/robust/operations.h"
 #include "tests/support/one_worker.h"
 
@@ -125,12 +125,7 @@ TEST_F(Memory, Numbers)
 
 TEST_F(Memory, Primes)
 {
-    const Number n("ffffffffffffffc5"), before("ffffffffffffffc4"), start("0200100002"), e("0100000000000f");
-    const auto table = [](TestHeap&) {
-        const Status status = bnBuildPrimeTable(4);
-        EXPECT_EQ(bnPrimeTable(nullptr) != nullptr, status == STATUS_OK);
-        return bnFreePrimeTable(), status;
-    };
+    const Number n("ffffffffffffffc5"), start("0200100002"), e("0100000000000f");
     // A failure of memory is never taken for a prime; the outcome tells how far the test came.
     const auto probable = [&](TestHeap&) {
         std::int32_t outcome = 77;
@@ -144,8 +139,6 @@ TEST_F(Memory, Primes)
         return status;
     };
     runAll({
-        {"bnBuildPrimeTable", table, {{BN_E_MEMORY}}, 1},
-        {"bnFermatRound", [&](TestHeap&) { return failed(bnFermatRound(n, before)); }},
         {"bnProbablePrime", probable, first(2, 100 + PRIME_NO_PREDECESSOR, {100, 101})},
         {"bnSearchPrime", search, {{BN_E_MEMORY}}, 1, false, 150}, // plain: the table
     });
@@ -372,38 +365,19 @@ struct MarkedKey : cPKA
     std::uint32_t behind = 0x5AFEC0DE;
 };
 
-// Larger keys, whose numbers the watch cannot take for anything else, through what the loops above leave out: an
-// exponent x of some length, and the export of a private key.
 TEST_F(Memory, NoBlockComesBackWithASecretInIt)
 {
-    const RsaNumbers& rsa = rsaKey("rsa1024e17");
-    const FieldNumbers &dsa = dsaNumbers("dsa512-160"), &elgamal = elgamalNumbers();
-    const Bytes drawn = fromHex("000102030405060708090a0b0c0d0e0f10111213"), whole = padded(drawn, 64);
     TestHeap heap;
-    for (const Bytes& secret : {drawn, rsa.d, rsa.p, rsa.q, rsa.dp, rsa.dq, rsa.qinv, dsa.x, elgamal.x})
-        heap.watch(secret.data(), secret.size());
     {
         const MarkedKey object;
         heap.watch(&object.behind - 1, 8);
         EXPECT_EQ((&object.behind)[-1], object.algorithm()) << "the watch must see the identifier";
         delete new (std::nothrow) MarkedKey;
     }
-    const Key secretRsa = rsa.secret(), secretDsa = dsa.secret(), secretElgamal = elgamal.secret(),
-              openElgamal = elgamal.open();
-    for (const OutputSlot slot : {&cPKA::signPrefixed, &cPKA::signDer}) {
-        const Pool pool(drawn);
-        run(*secretDsa, slot, DIGEST);
-    }
-    for (const bool encrypted : {false, true}) {
-        const Pool pool(whole);
-        const Bytes pair = encrypted ? run(*openElgamal, &cPKA::encryptPrefixed, DIGEST)
-                                     : run(*secretElgamal, &cPKA::signPrefixed, DIGEST);
-        if (encrypted) run(*secretElgamal, &cPKA::privateFromPrefixed, pair);
-    }
-    for (const Key* key : {&secretRsa, &secretDsa, &secretElgamal}) {
-        run(**key, &cPKA::exportDer);
-        publicHalf(**key);
-    }
+    useKeys([&](const std::string&, const std::vector<Bytes>& secrets, const std::function<void()>& use) {
+        for (const Bytes& secret : secrets) heap.watch(secret.data(), secret.size());
+        use();
+    });
 }
 
 // ---- readers and texts
@@ -414,13 +388,9 @@ std::string textOf(const cByteBuffer& buffer)
 }
 
 // On a buffer that holds a secret.
-Run onBuffer(std::function<bool(cByteBuffer&)> call)
+Run onBuffer(bool (*call)(cByteBuffer&))
 {
-    return [call](TestHeap& heap) {
-        cByteBuffer buffer;
-        if (!buffer.append("abcdefghi", 9)) return -1;
-        return again(heap, [&] { return failed(call(buffer)); });
-    };
+    return on<cByteBuffer>(call, [](cByteBuffer& buffer) { return buffer.append("abcdefghi", 9); });
 }
 
 TEST_F(Memory, BuffersAndArmour)
@@ -462,9 +432,6 @@ TEST_F(Memory, BuffersAndArmour)
         EXPECT_TRUE(textOf(buffer) == "YWJjZGVmZ2hp" || (!done && buffer.length() == 0)) << "the proof may fail";
         return failed(done);
     };
-    const auto equals = [&](TestHeap&) {
-        return failed(armouredEquals("YWJjZGVmZ2hp", 12, secret.data(), 9, nullptr, nullptr));
-    };
     runAll(
         {
             {"cByteBuffer append, grow, reserve", onBuffer(grow)},
@@ -472,7 +439,6 @@ TEST_F(Memory, BuffersAndArmour)
             {"base64DecodeToBuffer", onBuffer(decode)},
             {"decodeArmoured", armoured},
             {"encodeToBuffer", encode},
-            {"armouredEquals", equals},
         },
         {secret});
 }
@@ -487,44 +453,10 @@ Run onCertificate(const Bytes& der, std::function<Status(CertificateInfo&)> call
     };
 }
 
-TEST_F(Memory, ReadersOfDerKeysAndCertificates)
+TEST_F(Memory, ReadersOfKeysAndCertificates)
 {
-    const Bytes name = fromHex("301a310b3009060355040613025553310b3009060355040613024445"),
-                integer = fromHex("0203010001"), algorithm = fromHex("300d06092a864886f70d0101050500"),
-                oid = fromHex("06032a8648"), cert = readVectorFile("certificates/real-godaddy-class2.der"),
-                leaf = readVectorFile("certificates/a-root.der"),
-                keyText = join({readVectorFile("keys/rsa768.pub.pem"), {0}});
-    const auto readNames = [&](TestHeap& heap) {
-        NameList list;
-        return again(heap, [&] {
-            const std::uint32_t held = heap.held();
-            const Status status = readName(list, name.data(), sizeOf(name));
-            EXPECT_EQ(heap.held(), held + (status ? 0 : 6)) << "node, identifier and value of each, or no list";
-            return status;
-        });
-    };
-    const auto readAlgorithm = [&](TestHeap& heap) {
-        AlgorithmIdentifier record;
-        return again(heap, [&] {
-            Status status = readAlgorithmIdentifier(record, algorithm.data(), sizeOf(algorithm));
-            if (status == STATUS_OK) status = readOid(record.oid, oid.data(), sizeOf(oid));
-            EXPECT_EQ(record.oid.text != nullptr, status == STATUS_OK) << "a text is given up before the next";
-            return status;
-        });
-    };
-    const auto readNumber = [&](TestHeap&) {
-        BigNum number;
-        const std::uint8_t* next = integer.data();
-        std::uint32_t left = sizeOf(integer);
-        const Status status = readBigNum(number, &next, &left);
-        EXPECT_EQ(left, status ? sizeOf(integer) : 0);
-        return status;
-    };
-    const auto readPem = makes<Key>([&](cPKA** made) {
-        Status status = -1;
-        *made = readPemPublicKey(reinterpret_cast<const char*>(keyText.data()), &status);
-        return status;
-    });
+    const Bytes cert = readVectorFile("certificates/real-godaddy-class2.der"),
+                leaf = readVectorFile("certificates/a-root.der");
     const auto readWhole = [&](TestHeap& heap) {
         CertificateInfo info;
         return again(heap, [&] {
@@ -555,45 +487,28 @@ TEST_F(Memory, ReadersOfDerKeysAndCertificates)
     const Failures verifying = {{DER_E_MEMORY}, {DER_E_MEMORY, DER_E_MALFORMED, PKA_E_OBJECT, PKA_E_FAILED}};
     // Extensions are read once for nothing, so that a failure may be survived.
     runAll({
-        {"readName", readNames, memory, 6},
-        {"readAlgorithmIdentifier, readOid", readAlgorithm, memory, 4},
-        {"readBigNum", readNumber, {{BN_E_MEMORY}}},
-        {"readPemPublicKey", readPem, first(1, TEXT_E_MALFORMED, {DER_E_MEMORY, DER_E_MALFORMED}), 4},
         {"readCertificate", readWhole, memory, 100, true},
         {"findExtension and its readers", onCertificate(leaf, readExtensions), memory, 100, true},
         {"verifyCertificateSignature", onCertificate(cert, verify), verifying, 100, true},
     });
 
-    // Each key's information, read, and written by a key that holds the same.
+    // The text of each key's information, read, and the information written by a key that holds the same.
     const Key rsa = rsaKey("rsa512").secret(), dsa = dsaNumbers("dsa512-160").secret(),
               elgamal = elgamalNumbers().secret();
     for (const auto& [file, key, plain] :
          {std::tuple("rsa512", &rsa, 3u), {"dsa512-160", &dsa, 2u}, {"dh-x942-1024", &elgamal, 2u}}) {
-        const Bytes text = readVectorFile(std::string("keys/") + file + ".pub.pem");
-        cByteBuffer info;
-        ASSERT_TRUE(decodeArmoured(info, reinterpret_cast<const char*>(text.data()), sizeOf(text),
-                                   "-----BEGIN PUBLIC KEY-----", "-----END "));
-        const auto readInfo = [&](SubjectPublicKeyInfo& record) {
-            return readSubjectPublicKeyInfo(record, info.data(), info.length());
-        };
-        const auto readKey = [&](TestHeap& heap) {
-            SubjectPublicKeyInfo record;
-            if (readInfo(record) != STATUS_OK) return DER_E_MEMORY;
-            return again(heap, making<Key>([&](cPKA** made) { return readPublicKeyFromInfo(made, record); }));
-        };
-        const auto readRsa = makes<RsaPublicOwner>([&](RsaPublicKey** made) {
-            SubjectPublicKeyInfo record;
-            const Status status = readInfo(record);
-            return status == STATUS_OK ? readRsaPublicKey(made, record) : status;
+        const Bytes text = join({readVectorFile(std::string("keys/") + file + ".pub.pem"), {0}});
+        const auto read = makes<Key>([&](cPKA** made) {
+            Status status = -1;
+            *made = readPemPublicKey(reinterpret_cast<const char*>(text.data()), &status);
+            return status;
         });
         const auto exportInfo = writes(2000, [&](std::uint8_t* output, std::uint32_t* length) {
             return exportSubjectPublicKeyInfo(**key, output, length);
         });
         const std::string of = std::string(", ") + file;
-        runAll({{"readPublicKeyFromInfo" + of, readKey, {{DER_E_MEMORY}, {DER_E_MEMORY, DER_E_MALFORMED}}, 8},
+        runAll({{"readPemPublicKey" + of, read, first(1, TEXT_E_MALFORMED, {DER_E_MEMORY, DER_E_MALFORMED}), 8},
                 {"exportSubjectPublicKeyInfo" + of, exportInfo, {{PKA_E_OBJECT}}, plain}});
-        if (key == &rsa)
-            runWithoutMemory({"readRsaPublicKey", readRsa, first(1, DER_E_MEMORY, {PKA_E_MEMORY, PKA_E_KEY}), 3});
     }
 }
 

@@ -39,6 +39,11 @@ void runSaying(std::vector<Operation> operations)
     runAll(operations, secrets());
 }
 
+bool holdSecret(cWCS& text)
+{
+    return text.Append(L"secret-secret") != 0;
+}
+
 // On a text that stays as it was, or is `otherwise`, when the call fails. Behind its end all is zero.
 Run onText(std::function<bool(cWCStr&)> call, const std::u16string& otherwise = u"secret-secret")
 {
@@ -58,30 +63,19 @@ TEST(MemoryText, Strings)
 {
     const std::string many(9000, 'a');
     const std::u16string null = u"<NULL>", told = u"cWCStr::SetLength( 4096 ) returns <NULL>";
-    const auto multibyte = [](TestHeap& heap) {
-        cMBStr text;
-        if (!text.Append("secret-secret")) return -1;
-        return again(heap, [&] {
-            const bool done = text.SetLength(9000) != 0;
-            EXPECT_EQ(std::string(text.text(), 13), SECRET);
-            return failed(done);
-        });
+    const auto multibyte = [](cMBStr& text) {
+        const bool done = text.SetLength(9000) != 0;
+        EXPECT_EQ(std::string(text.text(), 13), SECRET);
+        return done;
     };
-    const auto fromWide = [](TestHeap& heap) {
-        cMBStr text;
-        return again(heap, [&] { return text.AssignWide(L"secret-secret"), failed(text.text() != nullptr); });
-    };
-    const auto decode = [](TestHeap& heap) {
-        cWCS text;
-        if (!text.Append(L"secret-secret")) return -1;
-        return again(heap, [&] {
-            const std::uint8_t bytes[] = {0xFF, 0xFE, 'a', 0};
-            TextEncoding found{-1};
-            const bool done = decodeText(text, bytes, 4, &found);
-            EXPECT_EQ(found, done ? TextEncoding::utf16le : TextEncoding{-1});
-            EXPECT_EQ(units(text), done ? u"a" : u"secret-secret");
-            return failed(done);
-        });
+    const auto fromWide = [](cMBStr& text) { return text.AssignWide(L"secret-secret"), text.text() != nullptr; };
+    const auto decode = [](cWCS& text) {
+        const std::uint8_t bytes[] = {0xFF, 0xFE, 'a', 0};
+        TextEncoding found{-1};
+        const bool done = decodeText(text, bytes, 4, &found);
+        EXPECT_EQ(found, done ? TextEncoding::utf16le : TextEncoding{-1});
+        EXPECT_EQ(units(text), done ? u"a" : u"secret-secret");
+        return done;
     };
     const auto decodeBytes = [](TestHeap&) {
         cWCS text;
@@ -91,21 +85,14 @@ TEST(MemoryText, Strings)
         const cWCSF first(L"secret-secret");
         return failed(first.text() && cWCSFromMbs("secret-secret").text());
     };
-    const auto findValue = [](TestHeap& heap) {
-        cStringBuffer buffer;
+    const auto findValue = [](cStringBuffer& buffer) {
         cWCS result;
-        if (!buffer.Assign(L"x\nkey=secret-secret")) return -1;
-        return again(heap, [&] {
-            const bool found = buffer.FindValue(result, L"key=", true);
-            EXPECT_EQ(units(result), found ? u"secret-secret" : u"");
-            return failed(found);
-        });
+        const bool found = buffer.FindValue(result, L"key=", true);
+        EXPECT_EQ(units(result), found ? u"secret-secret" : u"");
+        return found;
     };
-    const auto longName = [](TestHeap& heap) {
-        const std::u16string path = u"C:\\secret-secret" + std::u16string(3000, u'x');
-        cLongName name;
-        return again(heap, [&] { return failed(name.Convert(wide(path)) != nullptr); });
-    };
+    const std::u16string path = u"C:\\secret-secret" + std::u16string(3000, u'x');
+    const auto longName = [&](cLongName& name) { return name.Convert(wide(path)) != nullptr; };
     // The one that has let go of the old text.
     const auto assignMultibyte = [&](cWCS& text) { return text.AssignMultibyte(many.c_str()), text.text() != nullptr; };
     runSaying({
@@ -117,12 +104,13 @@ TEST(MemoryText, Strings)
         {"cWCStr FormatV", onText([&](cWCStr& text) { return units(formatV(text, L"x")) != told; })},
         {"cWCS AssignMultibyte", onText(assignMultibyte, u"")},
         {"cWCSF, cWCSFromMbs", construct},
-        {"cMBStr", multibyte},
-        {"cMBStr AssignWide", fromWide},
-        {"decodeText", decode},
+        {"cMBStr", on<cMBStr>(multibyte, [](cMBStr& text) { return text.Append("secret-secret") != 0; })},
+        {"cMBStr AssignWide", on<cMBStr>(fromWide)},
+        {"decodeText", on<cWCS>(decode, holdSecret)},
         {"decodeText, multibyte", decodeBytes},
-        {"cStringBuffer", findValue},
-        {"cLongName", longName},
+        {"cStringBuffer",
+         on<cStringBuffer>(findValue, [](cStringBuffer& b) { return b.Assign(L"x\nkey=secret-secret") != 0; })},
+        {"cLongName", on<cLongName>(longName)},
     });
     const Recorder recorder;
     cWCStr text(L"old");
@@ -164,24 +152,18 @@ TEST(MemoryText, StringArrays)
 
 TEST(MemoryText, UrlsAndJson)
 {
-    const auto keeps = [](auto append) {
-        return [append](TestHeap& heap) {
-            cWCS out;
-            if (!out.Append(L"secret-secret")) return -1;
-            return again(heap, [&] {
-                const bool done = append(out);
-                EXPECT_TRUE(done || units(out) == u"secret-secret");
-                return failed(done);
-            });
+    const auto keeps = [](std::function<bool(cWCS&)> append) {
+        const auto call = [append](cWCS& out) {
+            const bool done = append(out);
+            EXPECT_TRUE(done || units(out) == u"secret-secret");
+            return done;
         };
+        return on<cWCS>(call, holdSecret);
     };
-    const auto split = [](TestHeap& heap) {
-        UrlParts parts;
-        return again(heap, [&] {
-            const bool done = splitUrl(parts, L"https://secret-secret/token");
-            EXPECT_EQ(units(parts.host), done ? u"secret-secret" : u"");
-            return failed(done);
-        });
+    const auto split = [](UrlParts& parts) {
+        const bool done = splitUrl(parts, L"https://secret-secret/token");
+        EXPECT_EQ(units(parts.host), done ? u"secret-secret" : u"");
+        return done;
     };
     const auto build = [](TestHeap&) {
         const JsonTree tree(jsonNew(JSON_OBJECT));
@@ -199,11 +181,8 @@ TEST(MemoryText, UrlsAndJson)
         cWCS scratch;
         return failed(jsonEscape(scratch, wide(big)) != nullptr);
     };
-    const auto made = [](JsonValue* value) { return failed(JsonTree(value) != nullptr); };
     std::vector<Operation> operations = {
-        {"splitUrl", split},
-        {"jsonNew", [=](TestHeap&) { return made(jsonNew(JSON_OBJECT)); }},
-        {"jsonNewString", [=](TestHeap&) { return made(jsonNewString("secret-secret")); }},
+        {"splitUrl", on<UrlParts>(split)},
         {"jsonAddMember, jsonAddElement, jsonWrite", build},
         {"jsonAppendText", keeps([&](cWCS& out) { return jsonAppendText(wide(big), out, true, true); })},
         {"jsonEscape", escape},

@@ -58,18 +58,12 @@ TEST_F(MemoryWindows, FilesAndTexts)
             return done ? STATUS_OK : static_cast<Status>(opened.lastError());
         });
     };
-    const auto errorText = [](TestHeap& heap) {
-        cWCS text;
-        return again(heap, [&] {
-            const bool done = units(text.SystemErrorText(5)) != u"<NULL>";
-            EXPECT_EQ(text.text() != nullptr, done);
-            return failed(done);
-        });
+    const auto errorText = [](cWCS& text) {
+        const bool done = units(text.SystemErrorText(5)) != u"<NULL>";
+        EXPECT_EQ(text.text() != nullptr, done);
+        return done;
     };
-    const auto split = [](TestHeap& heap) {
-        MailLink parts;
-        return again(heap, [&] { return failed(splitMailLink(parts, L"mailto:a?subject=b&body=c&attach=d")); });
-    };
+    const auto split = [](MailLink& parts) { return splitMailLink(parts, L"mailto:a?subject=b&body=c&attach=d"); };
     const auto line = [](TestHeap&) {
         cWCS text;
         return failed(formatPowerShellLine(text, L"a", L"b") != nullptr);
@@ -77,14 +71,10 @@ TEST_F(MemoryWindows, FilesAndTexts)
     const std::wstring plain = L"secret" + std::wstring(2100, L' ');
     std::u16string escaped = u">secret";
     for (int i = 0; i < 2100; ++i) escaped += u"%20";
-    const auto encode = [&](TestHeap& heap) {
-        cWCS text;
-        if (!text.Append(L">")) return -1;
-        return again(heap, [&] {
-            EXPECT_TRUE(PercentEncode(plain.c_str(), text)) << "always, by design";
-            EXPECT_TRUE(units(text) == u">" || units(text) == escaped) << "all or nothing";
-            return failed(units(text) == escaped);
-        });
+    const auto encode = [&](cWCS& text) {
+        EXPECT_TRUE(PercentEncode(plain.c_str(), text)) << "always, by design";
+        EXPECT_TRUE(units(text) == u">" || units(text) == escaped) << "all or nothing";
+        return units(text) == escaped;
     };
     // The stand-in for the mail library answers that it was sent.
     const std::string crafted = CRAFTED;
@@ -104,10 +94,10 @@ TEST_F(MemoryWindows, FilesAndTexts)
         {
             {"LoadTextFile", load, memory},
             {"cFileView Open, Map", view, memory},
-            {"cWCS SystemErrorText", errorText},
-            {"splitMailLink", split},
+            {"cWCS SystemErrorText", on<cWCS>(errorText)},
+            {"splitMailLink", on<MailLink>(split)},
             {"formatPowerShellLine", line},
-            {"PercentEncode", encode},
+            {"PercentEncode", on<cWCS>(encode, [](cWCS& text) { return text.Append(L">") != 0; })},
             {"sendMailThrough", send, {{MAIL_NO_MEMORY}}},
             {"RunPowerShell", powerShell, memory},
         },
@@ -123,15 +113,13 @@ TEST_F(MemoryWindows, Posts)
     const auto port = static_cast<std::uint32_t>(std::strtoul(ports, nullptr, 10));
     const std::string url = "http://127.0.0.1:" + std::to_string(port) + "/large/9";
     const std::wstring wideUrl(url.begin(), url.end());
-    const auto posts = [](auto post) {
-        return [post](TestHeap& heap) {
-            cByteBuffer answer;
-            return again(heap, [&] {
-                const Status status = post(answer);
-                EXPECT_EQ(answer.length(), status == STATUS_OK ? 9u : 0u);
-                return status;
-            });
-        };
+    const auto post = [&](TestHeap& heap) {
+        cByteBuffer answer;
+        return again(heap, [&] {
+            const Status status = postJsonToUrl(answer, "{}", wideUrl.c_str());
+            EXPECT_EQ(answer.length(), status == STATUS_OK ? 9u : 0u);
+            return status;
+        });
     };
     const auto flat = [&](TestHeap&) {
         tb_answer* answer = nullptr;
@@ -140,12 +128,7 @@ TEST_F(MemoryWindows, Posts)
         return tb_answer_close(answer), status;
     };
     runAll({
-        {"postJson",
-         posts([=](cByteBuffer& b) { return postJson(b, "{}", L"127.0.0.1", L"large/9", port, 0); }),
-         {{POST_E_ANSWER}}},
-        {"postJsonToUrl",
-         posts([=](cByteBuffer& b) { return postJsonToUrl(b, "{}", wideUrl.c_str()); }),
-         {{POST_E_URL}, {POST_E_ANSWER}}},
+        {"postJsonToUrl", post, {{POST_E_URL}, {POST_E_ANSWER}}},
         {"tb_json_post", flat, {{TB_E_MEMORY}, {TB_E_URL}, {TB_E_ANSWER, TB_E_MEMORY}}, 1},
     });
 }

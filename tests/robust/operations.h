@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "crypto/base/status.h"
@@ -67,6 +68,17 @@ Run repeated(Call call)
 inline Status failed(bool done)
 {
     return done ? STATUS_OK : -1;
+}
+
+// A call on an object that was made, and perhaps prepared, with the same memory.
+template <typename Object>
+Run on(std::type_identity_t<std::function<bool(Object&)>> call, bool (*prepare)(Object&) = nullptr)
+{
+    return [=](TestHeap& heap) {
+        Object object;
+        if (prepare && !prepare(object)) return Status{-1};
+        return again(heap, [&] { return failed(call(object)); });
+    };
 }
 
 inline void runWithoutMemory(const Operation& operation, const Secrets& secrets = {})

@@ -20,7 +20,7 @@ namespace toolbelt::test {
 struct Holdings
 {
     int handles = 0, threads = 0, blocks = 0, drawing = 0; // drawing: fonts, brushes, devices
-    SIZE_T bytes = 0; // of committed memory
+    SIZE_T bytes = 0;                                      // of committed memory
 };
 
 inline int openHandles()

@@ -48,27 +48,4 @@ public:
     void watch(const void* secret, std::size_t size);
 };
 
-// Runs operation(heap) with the first, second, ... allocation failing until it runs without a failure, and again with
-// all from there on failing. The operation asks heap.failed() what it must expect, and checks its own statuses and
-// outputs. Returns the number of failures injected; reaching the limit fails the test.
-template <typename Operation>
-std::uint32_t forEachFailingAllocation(Operation operation, std::uint32_t limit = 10000)
-{
-    std::uint32_t injected = 0;
-    for (const bool onwards : {false, true}) {
-        for (std::uint32_t n = 1;; ++n) {
-            if (n == limit) {
-                ADD_FAILURE() << "still failing at allocation " << limit;
-                return injected;
-            }
-            TestHeap heap;
-            heap.failAt(n, onwards);
-            operation(heap);
-            if (!heap.failed()) break;
-            ++injected;
-        }
-    }
-    return injected;
-}
-
 } // namespace toolbelt::test

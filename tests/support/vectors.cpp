@@ -39,6 +39,21 @@ std::string toHex(const void* bytes, std::size_t size)
     return text;
 }
 
+Bytes messageOf(const std::string& text)
+{
+    if (text.starts_with("hex:")) return fromHex(std::string_view(text).substr(4));
+    if (text.starts_with("repeat:")) {
+        const std::size_t count = std::stoul(text.substr(text.rfind(':') + 1));
+        return Bytes(count, fromHex(std::string_view(text).substr(7, 2))[0]);
+    }
+    if (text.starts_with("pattern:")) {
+        Bytes bytes(std::stoul(text.substr(8)));
+        for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i % 251);
+        return bytes;
+    }
+    throw std::runtime_error("unknown message form: " + text);
+}
+
 bool Record::has(std::string_view name) const
 {
     return std::ranges::any_of(entries_, [&](const auto& entry) { return entry.first == name; });
@@ -72,22 +87,6 @@ std::uint32_t Record::number(std::string_view name) const
     if (text.empty() || text.size() > 9 || text.find_first_not_of("0123456789") != std::string::npos)
         throw std::runtime_error(where + ": not a decimal number: " + text);
     return static_cast<std::uint32_t>(std::stoul(text));
-}
-
-Bytes Record::message(std::string_view name) const
-{
-    const std::string& text = get(name);
-    if (text.starts_with("hex:")) return fromHex(std::string_view(text).substr(4));
-    if (text.starts_with("repeat:")) {
-        const std::size_t count = std::stoul(text.substr(text.rfind(':') + 1));
-        return Bytes(count, fromHex(std::string_view(text).substr(7, 2))[0]);
-    }
-    if (text.starts_with("pattern:")) {
-        Bytes bytes(std::stoul(text.substr(8)));
-        for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i % 251);
-        return bytes;
-    }
-    throw std::runtime_error(where + ": unknown message form: " + text);
 }
 
 std::vector<std::string> Record::unread(std::initializer_list<std::string_view> remarks) const

@@ -28,6 +28,9 @@ inline std::string toHex(const Bytes& bytes)
     return toHex(bytes.data(), bytes.size());
 }
 
+// The message notation of the vectors: hex:<bytes>, repeat:<byte>:<count>, pattern:<length>.
+Bytes messageOf(const std::string& text);
+
 class Record
 {
 public:
@@ -42,8 +45,7 @@ public:
     std::vector<std::string> list(std::string_view name) const;
     Bytes bytes(std::string_view name) const { return fromHex(get(name)); }
     std::uint32_t number(std::string_view name) const;
-    // The message notation of the vectors: hex:<bytes>, repeat:<byte>:<count>, pattern:<length>.
-    Bytes message(std::string_view name) const;
+    Bytes message(std::string_view name) const { return messageOf(get(name)); }
 
     void add(std::string name, std::string value) { entries_.emplace_back(std::move(name), std::move(value)); }
     bool empty() const { return entries_.empty(); }

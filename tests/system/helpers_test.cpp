@@ -157,7 +157,7 @@ TEST(Helpers, MailRecordsResultsAndBoxes)
     EXPECT_EQ(boxes.take().size(), 5u);
 
     // Under the default name, from a link: the stand-in lies where the program's own libraries are sought.
-    const std::wstring standIn = programFolder() + L"mapi32.dll";
+    const std::wstring standIn = programFolder() / L"mapi32.dll";
     ASSERT_TRUE(CopyFileW(crafted().c_str(), standIn.c_str(), FALSE));
     calls.take();
     EXPECT_EQ(OpenMailLink(nullptr, L"mailto:a@b.c?subject=x&attach=C:\\f"), 33);
@@ -196,7 +196,7 @@ BOOL WINAPI noteProgram(const wchar_t* program, wchar_t*, SECURITY_ATTRIBUTES*, 
 
 TEST(Helpers, PowerShellAndTheShellStartPrograms)
 {
-    const std::wstring folder = programFolder() + L"beside";
+    const std::wstring folder = programFolder() / L"beside";
     const int handles = openHandles();
     for (const std::wstring& text : {std::wstring(L"Get-Item 'ä'; exit 3"), std::wstring(6000, L'x')}) {
         Witness witness;
@@ -215,7 +215,7 @@ TEST(Helpers, PowerShellAndTheShellStartPrograms)
     EXPECT_EQ(RunPowerShell(nullptr), isThere ? 0u : 2u);
     { // planted in the current folder and beside the program, where the system itself looks first
         const std::filesystem::path before = std::filesystem::current_path(),
-                                    planted = programFolder() + L"powershell.exe";
+                                    planted = programFolder() / L"powershell.exe";
         std::filesystem::current_path(folder);
         std::filesystem::copy_file("powershell.exe", planted, std::filesystem::copy_options::overwrite_existing);
         const Replaced noted(&createProcessSlot, noteProgram);

@@ -130,7 +130,8 @@ TEST(StaticObject, FirstUseFromManyThreadsBuildsOneCompleteObject)
 TEST(StaticObject, AreDestroyedInReverseOrderBeforeTheirLocks)
 {
     const std::wstring told = temporaryFile(L"order");
-    EXPECT_EQ(_wsystem((L"\"\"" + programFolder() + L"order.exe\" > \"" + told + L"\"\"").c_str()), 0);
+    const std::wstring program = programFolder() / L"order.exe";
+    EXPECT_EQ(_wsystem((L"\"\"" + program + L"\" > \"" + told + L"\"\"").c_str()), 0);
     EXPECT_EQ(readFile(told), "PIOQIRS.rsUqCUp");
     DeleteFileW(told.c_str());
 }

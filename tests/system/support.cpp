@@ -3,9 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <mutex>
 
 #include "Includes/system/message_box.h"
@@ -36,28 +34,15 @@ extern "C" __declspec(dllexport) std::intptr_t craftedCalled(const char* what, s
     return current->answers.contains(what) ? current->answers.at(what) : 1;
 }
 
-std::wstring programFolder()
-{
-    wchar_t path[MAX_PATH];
-    std::wstring text(path, GetModuleFileNameW(nullptr, path, MAX_PATH));
-    return text.substr(0, text.rfind(L'\\') + 1);
-}
-
 std::wstring temporaryFile(const std::wstring& name)
 {
     return std::filesystem::temp_directory_path() /
            (L"toolbelt-" + std::to_wstring(GetCurrentProcessId()) + L"-" + name);
 }
 
-std::string readFile(const std::wstring& path)
-{
-    std::ifstream file(std::filesystem::path(path), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 std::wstring crafted()
 {
-    return programFolder() + L"crafted.dll";
+    return programFolder() / L"crafted.dll";
 }
 
 // A name is hidden by raising its last letter by one, which leaves the sorted table of names sorted.

@@ -10,16 +10,14 @@
 #include <utility>
 #include <vector>
 
+#include "tests/cli/process.h"
+
 namespace toolbelt::test {
 
 using Strings = std::vector<std::string>;
 
-// The folder of the test program, with a backslash at the end.
-std::wstring programFolder();
 // A file in the system's folder for temporary files.
 std::wstring temporaryFile(const std::wstring& name);
-// As far as it can be read by now.
-std::string readFile(const std::wstring& path);
 
 // The crafted library; a copy of it in which these names are not exported.
 std::wstring crafted();

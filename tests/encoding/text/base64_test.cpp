@@ -121,7 +121,6 @@ TEST(Base64, Alphabets)
     const std::string standard = BASE64_STANDARD_ALPHABET, url = standard.substr(0, 62) + "-_=";
     const Bytes data = {0xFB, 0xFF, 0xBE};
     EXPECT_EQ(defaultAlphabet(), standard);
-    EXPECT_EQ(encode(data, PLAIN, nullptr, nullptr, nullptr, url.c_str()), "-_--");
     const char* const before = setDefaultAlphabet(url.c_str());
     EXPECT_EQ(encode(data, PLAIN), "-_--");
     EXPECT_EQ(decode("-_--").bytes, std::string(data.begin(), data.end()));
@@ -137,10 +136,6 @@ TEST(Base64, Alphabets)
     std::uint32_t size = sizeof output;
     EXPECT_EQ(base64Encode(output, &size, data.data(), 3, nullptr, nullptr, nullptr, same.c_str()), TEXT_E_CONSISTENCY);
     EXPECT_EQ(std::pair("unchanged"s, 16u), std::pair(std::string(output), size));
-
-    // Blanks behind a line break are skipped by the decoding pass alone, even when the alphabet holds them: the size
-    // pass counts four digits here, and three are left.
-    EXPECT_EQ(decode("\n YWJ", (" " + standard.substr(1)).c_str()), (Decoded{0, "\x01\x85", 5}));
 }
 
 // Which texts fail is tested against a model of the decoder; here what a failure leaves.
