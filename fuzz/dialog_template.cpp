@@ -73,6 +73,15 @@ const Target target("dialog_template", [](Input input) {
         const Bytes cut(exact.begin(), exact.end() - 1);
         require(templateExtent(exact.data(), end) != 0 && templateExtent(addressOf(cut), end - 1) == 0,
                 "and not before");
+    } else {
+        // With zeros behind it, as far as eight controls reach, a refused one still ends outside its bytes.
+        Bytes padded = bytes;
+        padded.resize(bytes.size() + 10 * 0x10000);
+        const bool extended = padded[2] == 0xFF && padded[3] == 0xFF, known = padded[0] == 1 && padded[1] == 0;
+        const std::size_t count = extended ? 16 : 8;
+        if (padded[count] <= 8 && padded[count + 1] == 0 && (known || !extended))
+            require(std::min(endOf(padded.data(), false), endOf(padded.data(), true)) > bytes.size(),
+                    "a whole template is read");
     }
     const Bytes before = bytes;
     const bool extended = bytes.size() >= 4 && bytes[2] == 0xFF && bytes[3] == 0xFF;

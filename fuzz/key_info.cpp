@@ -83,8 +83,10 @@ const Target target("key_info", [](Input input) {
     Status expected = TEXT_E_MALFORMED, status = STATUS_OK;
     if (input.byte() % 2 == 0) { // the bytes, to be made a text
         bytes = input.take(2048);
-        direct = read(bytes, expected);
-        if (bytes.empty()) return check(direct, bytes, expected);
+        if (bytes.empty()) {
+            direct = read(bytes, expected);
+            return check(direct, bytes, expected);
+        }
         const std::string end = std::string(PEM_PUBLIC_KEY_END) + '-';
         std::uint32_t size = 8192;
         text.resize(size);

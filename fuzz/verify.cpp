@@ -3,7 +3,6 @@
 #include "crypto/bignum/modular.h"
 #include "crypto/pka/dsa.h"
 #include "crypto/pka/elgamal.h"
-#include "crypto/pka/pkcs1.h"
 #include "crypto/pka/rsa.h"
 #include "fuzz/der_model.h"
 #include "fuzz/keys.h"
@@ -40,13 +39,13 @@ struct RsaPair
     }
 };
 
-// The payload is the digest, or a DigestInfo with it; the target pkcs1 is about the padding.
 bool accepts(const Bytes& block, const Bytes& digest)
 {
-    const std::uint8_t* start = nullptr;
-    std::uint32_t length = 0;
-    if (pkcs1Unpad(&start, &length, block.data(), sizeOf(block), PKCS1_SIGNATURE) != STATUS_OK) return false;
-    const Bytes payload(start, start + length);
+    std::size_t at = 2;
+    if (block[0] != 0 || block[1] != 1) return false;
+    while (at < block.size() && block[at] == 0xFF) ++at;
+    if (at == block.size() || block[at] != 0) return false;
+    const Bytes payload(block.begin() + static_cast<std::ptrdiff_t>(at) + 1, block.end());
     if (payload.size() == digest.size()) return payload == digest;
     const Shape info = shapeOf(addressOf(payload), sizeOf(payload));
     if (info.status != STATUS_OK || info.total() != payload.size() || (payload[0] & 0x1F) != DER_SEQUENCE) return false;

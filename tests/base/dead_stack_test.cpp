@@ -10,8 +10,7 @@ namespace toolbelt {
 namespace {
 
 constexpr std::uint32_t SECRET = 0x5EC2E75A;
-constexpr std::size_t WORDS = 480; // and what else these two frames hold is less than what is wiped
-
+template <std::size_t WORDS>
 [[gnu::noinline]] void leaveSecrets()
 {
     std::uint32_t put[WORDS];
@@ -19,6 +18,7 @@ constexpr std::size_t WORDS = 480; // and what else these two frames hold is les
     __asm__ __volatile__("" : : "m"(put));
 }
 
+template <std::size_t WORDS>
 [[gnu::noinline]] std::size_t countSecrets()
 {
     std::uint32_t found[WORDS];
@@ -28,13 +28,21 @@ constexpr std::size_t WORDS = 480; // and what else these two frames hold is les
     return count;
 }
 
+// What else the two frames hold is less than what is wiped beyond these words.
+template <std::size_t WORDS>
+void expectWiped(void (*wipeBelow)() noexcept)
+{
+    leaveSecrets<WORDS>();
+    EXPECT_GE(countSecrets<WORDS>(), WORDS - 16) << "the probe sees nothing";
+    leaveSecrets<WORDS>();
+    wipeBelow();
+    EXPECT_EQ(countSecrets<WORDS>(), 0u);
+}
+
 TEST(DeadStack, IsWipedBelowTheCaller)
 {
-    leaveSecrets();
-    EXPECT_GE(countSecrets(), WORDS - 16) << "the probe sees nothing";
-    leaveSecrets();
-    wipeDeadStack();
-    EXPECT_EQ(countSecrets(), 0u);
+    expectWiped<DEAD_STACK_BYTES / 4 - 32>(wipeDeadStack);
+    expectWiped<SHALLOW_STACK_BYTES / 4 - 16>(wipeShallowStack);
 }
 
 } // namespace

@@ -74,8 +74,7 @@ public:
         change([](HCERTSTORE store, PCCERT_CONTEXT authority) {
             return CertAddCertificateContextToStore(store, authority, CERT_STORE_ADD_REPLACE_EXISTING, nullptr);
         });
-        // The first post of a session under Wine starts a process of the desktop. A child's would inherit the child's
-        // pipes and never close them; so it is started from here.
+        // The first post of a session under Wine starts a process of the desktop, which then belongs to no test.
         static_cast<void>(post("{}", L"echo"));
     }
     void TearDown() override

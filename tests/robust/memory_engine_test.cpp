@@ -455,8 +455,26 @@ Run onCertificate(const Bytes& der, std::function<Status(CertificateInfo&)> call
 
 TEST_F(Memory, ReadersOfKeysAndCertificates)
 {
-    const Bytes cert = readVectorFile("certificates/real-godaddy-class2.der"),
+    const Bytes name = fromHex("301a310b3009060355040613025553310b3009060355040613024445"),
+                integer = fromHex("0203010001"), cert = readVectorFile("certificates/real-godaddy-class2.der"),
                 leaf = readVectorFile("certificates/a-root.der");
+    const auto readNames = [&](TestHeap& heap) {
+        NameList list;
+        return again(heap, [&] {
+            const std::uint32_t held = heap.held();
+            const Status status = readName(list, name.data(), sizeOf(name));
+            EXPECT_EQ(heap.held(), held + (status ? 0 : 6)) << "node, identifier and value of each, or no list";
+            return status;
+        });
+    };
+    const auto readNumber = [&](TestHeap&) {
+        BigNum number;
+        const std::uint8_t* next = integer.data();
+        std::uint32_t left = sizeOf(integer);
+        const Status status = readBigNum(number, &next, &left);
+        EXPECT_EQ(left, status ? sizeOf(integer) : 0);
+        return status;
+    };
     const auto readWhole = [&](TestHeap& heap) {
         CertificateInfo info;
         return again(heap, [&] {
@@ -487,6 +505,8 @@ TEST_F(Memory, ReadersOfKeysAndCertificates)
     const Failures verifying = {{DER_E_MEMORY}, {DER_E_MEMORY, DER_E_MALFORMED, PKA_E_OBJECT, PKA_E_FAILED}};
     // Extensions are read once for nothing, so that a failure may be survived.
     runAll({
+        {"readName", readNames, memory, 6},
+        {"readBigNum", readNumber, {{BN_E_MEMORY}}},
         {"readCertificate", readWhole, memory, 100, true},
         {"findExtension and its readers", onCertificate(leaf, readExtensions), memory, 100, true},
         {"verifyCertificateSignature", onCertificate(cert, verify), verifying, 100, true},
@@ -498,15 +518,25 @@ TEST_F(Memory, ReadersOfKeysAndCertificates)
     for (const auto& [file, key, plain] :
          {std::tuple("rsa512", &rsa, 3u), {"dsa512-160", &dsa, 2u}, {"dh-x942-1024", &elgamal, 2u}}) {
         const Bytes text = join({readVectorFile(std::string("keys/") + file + ".pub.pem"), {0}});
+        cByteBuffer info;
+        ASSERT_TRUE(decodeArmoured(info, reinterpret_cast<const char*>(text.data()), sizeOf(text),
+                                   "-----BEGIN PUBLIC KEY-----", "-----END "));
         const auto read = makes<Key>([&](cPKA** made) {
             Status status = -1;
             *made = readPemPublicKey(reinterpret_cast<const char*>(text.data()), &status);
             return status;
         });
+        const auto readRsa = makes<RsaPublicOwner>([&](RsaPublicKey** made) {
+            SubjectPublicKeyInfo record;
+            const Status status = readSubjectPublicKeyInfo(record, info.data(), info.length());
+            return status == STATUS_OK ? readRsaPublicKey(made, record) : status;
+        });
         const auto exportInfo = writes(2000, [&](std::uint8_t* output, std::uint32_t* length) {
             return exportSubjectPublicKeyInfo(**key, output, length);
         });
         const std::string of = std::string(", ") + file;
+        if (key == &rsa)
+            runWithoutMemory({"readRsaPublicKey", readRsa, first(1, DER_E_MEMORY, {PKA_E_MEMORY, PKA_E_KEY}), 3});
         runAll({{"readPemPublicKey" + of, read, first(1, TEXT_E_MALFORMED, {DER_E_MEMORY, DER_E_MALFORMED}), 8},
                 {"exportSubjectPublicKeyInfo" + of, exportInfo, {{PKA_E_OBJECT}}, plain}});
     }

@@ -169,6 +169,9 @@ TEST(Process, ThousandLoadsAndUnloads)
     };
     for (int i = 0; i < 50; ++i) once(i);
     const Holdings before = holdings();
+    void* const planted = HeapAlloc(GetProcessHeap(), 0, 100);
+    EXPECT_GT(holdings().blocks, before.blocks) << "blocks are not counted";
+    HeapFree(GetProcessHeap(), 0, planted);
     for (int i = 0; i < 950; ++i) once(i);
     const Holdings after = holdings();
     std::printf("    handles %d, then %d; blocks %d, then %d; KiB %u, then %u\n", before.handles, after.handles,

@@ -127,20 +127,24 @@ TEST_F(Stack, CiphersAndDigests)
         const std::string tier = features ? ", fastest" : ", portable";
         for (const CipherRow& row : cipherRows) {
             const Bytes key = randomBytes(row.keySize(nullptr), 4);
+            const auto one = static_cast<std::int32_t>(row.blockSize());
             Bytes out(plain.size());
-            expectNothing("cipher " + std::to_string(row.id) + tier, leftBy({key, plain}, [&] {
-                              const std::unique_ptr<cSymAlg> cipher(row.create(key.data(), sizeOf(key)));
-                              (void)cipher->encryptBlocks(plain.data(), out.data(), 1024);
-                              for (const std::uint32_t mode : {SYM_MODE_CBC, SYM_MODE_CBC_WORDSWAP, SYM_MODE_CFB}) {
-                                  cipher->setMode(mode);
-                                  (void)cipher->modeEncrypt(cipher.get(), iv.data(), plain.data(), out.data(), 1024);
-                                  (void)cipher->modeDecrypt(cipher.get(), iv.data(), out.data(), out.data(), 1024);
-                              }
-                              // Last a block by itself: behind many the dead stack has been cleared.
-                              const auto one = static_cast<std::int32_t>(row.blockSize());
-                              (void)cipher->encryptBlocks(plain.data(), out.data(), one);
-                              (void)cipher->decryptBlocks(out.data(), out.data(), one);
-                          }));
+            const std::unique_ptr<cSymAlg> cipher(row.create(key.data(), sizeOf(key)));
+            const auto expect = [&, name = "cipher " + std::to_string(row.id) + tier](const char* what, auto run) {
+                expectNothing(name + ", " + what, leftBy({key, plain}, run));
+            };
+            expect("key", [&] { delete row.create(key.data(), sizeOf(key)); });
+            for (const std::int32_t length : {one, 1024}) {
+                expect("encryption", [&] { (void)cipher->encryptBlocks(plain.data(), out.data(), length); });
+                expect("decryption", [&] { (void)cipher->decryptBlocks(out.data(), out.data(), length); });
+            }
+            for (const std::uint32_t mode : {SYM_MODE_CBC, SYM_MODE_CBC_WORDSWAP, SYM_MODE_CFB}) {
+                cipher->setMode(mode);
+                expect("chained encryption",
+                       [&] { (void)cipher->modeEncrypt(cipher.get(), iv.data(), plain.data(), out.data(), 1024); });
+                expect("chained decryption",
+                       [&] { (void)cipher->modeDecrypt(cipher.get(), iv.data(), out.data(), out.data(), 1024); });
+            }
         }
         for (const HashRow& row : hashRows) {
             std::uint8_t digest[64];

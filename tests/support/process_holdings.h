@@ -1,4 +1,4 @@
-// What this process holds, counted from outside the library: handles and threads by the system's own lists, blocks by
+// What this process holds, counted from outside the library: handles by the system's own list, blocks by
 // walking the process's heap. For Windows; link ntdll and psapi.
 #pragma once
 
@@ -6,7 +6,6 @@
 #include <windows.h>
 
 #include <psapi.h>
-#include <tlhelp32.h>
 #include <winternl.h>
 
 #include <gtest/gtest.h>
@@ -19,8 +18,8 @@ namespace toolbelt::test {
 
 struct Holdings
 {
-    int handles = 0, threads = 0, blocks = 0, drawing = 0; // drawing: fonts, brushes, devices
-    SIZE_T bytes = 0;                                      // of committed memory
+    int handles = 0, blocks = 0, drawing = 0; // drawing: fonts, brushes, devices
+    SIZE_T bytes = 0;                         // of committed memory
 };
 
 inline int openHandles()
@@ -44,12 +43,6 @@ inline Holdings holdings()
 {
     Holdings found;
     found.handles = openHandles();
-    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    THREADENTRY32 thread = {};
-    thread.dwSize = sizeof thread;
-    for (BOOL more = Thread32First(snapshot, &thread); more; more = Thread32Next(snapshot, &thread))
-        found.threads += thread.th32OwnerProcessID == GetCurrentProcessId();
-    CloseHandle(snapshot);
     PROCESS_HEAP_ENTRY entry = {};
     while (HeapWalk(GetProcessHeap(), &entry)) found.blocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
     found.drawing = drawingObjects();

@@ -141,6 +141,26 @@ TEST(KeyText, TextsAndKeysThatBreakARuleAreRefused)
         if (!record.has("rsa-status")) continue;
         EXPECT_EQ(readRsaPublicKey(&numbers, info), static_cast<Status>(record.number("rsa-status")));
     }
+    // The largest modulus has 16,384 bits.
+    Bytes largest;
+    for (const std::size_t octets : {2049, 2048}) {
+        const std::string modulus = der("02", "00ff" + std::string(2 * octets - 4, '0') + "01");
+        const std::string bits = der("03", "00" + der("30", modulus + "0203010001"));
+        largest = fromHex(der("30", "300b06092a864886f70d010101" + bits));
+        EXPECT_EQ(readInfo(info, largest), octets == 2048 ? STATUS_OK : DER_E_MALFORMED);
+    }
+    // The code of the algorithm's row selects the reader.
+    for (int code = 0; code <= OID_NONE; ++code) {
+        const OidRow row = {nullptr, 0, "", nullptr, nullptr, OID_NONE, OID_NONE, static_cast<std::uint8_t>(code),
+                            OID_NONE};
+        info.algorithm.row = &row;
+        cPKA* key = nullptr;
+        const Status expected = code >= 1 && code <= 3                   ? STATUS_OK
+                                : code == 16 || code == 17 || code == 20 ? DER_E_TAG // no parameters
+                                                                         : KEY_E_NO_READER;
+        EXPECT_EQ(readPublicKeyFromInfo(&key, info), expected) << code;
+        delete key;
+    }
 }
 
 TEST(KeyText, TruncatedKeysGiveNoKey)
