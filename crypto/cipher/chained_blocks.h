@@ -8,8 +8,8 @@ namespace toolbelt {
 
 class cSymAlg;
 
-// What is transformed and what the result is XORed with: nothing, the ciphertext block before (CBC), or, in CFB, the
-// text itself, where the ciphertext block before is what is encrypted.
+// How blocks are chained: not at all; by an XOR with the ciphertext block before, ahead of the encryption and behind
+// the decryption (CBC); or by an XOR with the encryption of that block, in either direction (CFB).
 enum class Chain
 {
     NONE,
