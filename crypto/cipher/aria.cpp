@@ -98,7 +98,7 @@ void rotateRight(Value& rotated, const Value& v, std::uint32_t by)
 }
 
 // keyLength is 16, 24 or 32.
-void expandKey(ARIASchedule& schedule, const std::uint8_t* key, std::uint32_t keyLength)
+[[gnu::noinline]] void expandKey(ARIASchedule& schedule, const std::uint8_t* key, std::uint32_t keyLength)
 {
     constexpr Value C[3] = {{{0x517CC1B7, 0x27220A94, 0xFE13ABE8, 0xFA9A6EE0}},
                             {{0x6DB14ACC, 0x9E21C820, 0xFF28B1D5, 0xEF5DE2B0}},

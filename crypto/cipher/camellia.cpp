@@ -96,7 +96,7 @@ constexpr Source longSources[4 + 24 + 6] = {
 };
 
 // keyLength is 16, 24 or 32.
-void expandKey(CamelliaSchedule& schedule, const std::uint8_t* key, std::uint32_t keyLength)
+[[gnu::noinline]] void expandKey(CamelliaSchedule& schedule, const std::uint8_t* key, std::uint32_t keyLength)
 {
     constexpr Half sigma[6] = {{0xA09E667F, 0x3BCC908B}, {0xB67AE858, 0x4CAA73B2}, {0xC6EF372F, 0xE94F82BE},
                                {0x54FF53A5, 0xF1D36F1C}, {0x10E527FA, 0xDE682D1D}, {0xB05688C2, 0xB3E6C1FD}};

@@ -183,13 +183,13 @@ private:
 };
 
 // For the ciphers with a row and a class for each of three lengths: the class says which row was asked for, the key's
-// own length decides the schedule.
+// own length decides the schedule. EXPAND_KEY is not to be inlined: what it puts by is wiped behind it.
 template <typename Cipher, auto EXPAND_KEY>
 cSymAlg* createOfThreeLengths(const std::uint8_t* key, std::uint32_t keyLength)
 {
     if (key == nullptr || (keyLength != 16 && keyLength != 24 && keyLength != 32)) return nullptr;
     auto cipher = newCipher<Cipher>(keyLength);
-    if (cipher) EXPAND_KEY(*cipher->schedule, key, keyLength);
+    if (cipher) EXPAND_KEY(*cipher->schedule, key, keyLength), wipeShallowStack();
     return cipher.release();
 }
 

@@ -90,6 +90,7 @@ const std::uint32_t* decryptionKeys(RijndaelSchedule& schedule)
     schedule.hasDecryption = true; // both ways below make them
     if (schedule.tier) {
         rijndaelInvertKeysAesni(schedule.decryption, schedule.encryption, schedule.rounds);
+        wipeShallowStack();
         return schedule.decryption;
     }
     const std::uint32_t words = 4 * (schedule.rounds + 1);
@@ -156,7 +157,8 @@ public:
         if (length < 0 || length % 16 != 0) return CRYPT_E_BAD_LENGTH;
         const RijndaelSchedule& key = *schedule;
         if (key.tier) {
-            key.tier->encrypt(key.encryption, key.rounds, in, out, static_cast<std::uint32_t>(length) / 16);
+            transformBlocks(key.tier->encrypt, key.encryption, key.rounds, in, out,
+                            static_cast<std::uint32_t>(length) / 16);
             return CRYPT_OK;
         }
         return forEachBlock<16>(in, out, length, [&key](auto from, auto to) {
@@ -169,7 +171,7 @@ public:
         const RijndaelSchedule& key = *schedule;
         const std::uint32_t* keys = decryptionKeys(*schedule);
         if (key.tier) {
-            key.tier->decrypt(keys, key.rounds, in, out, static_cast<std::uint32_t>(length) / 16);
+            transformBlocks(key.tier->decrypt, keys, key.rounds, in, out, static_cast<std::uint32_t>(length) / 16);
             return CRYPT_OK;
         }
         return forEachBlock<16>(in, out, length, [&](auto from, auto to) {
@@ -205,7 +207,14 @@ private:
         ENCRYPTION,
         DECRYPTION,
     };
-    // SPILLS: many blocks side by side take all registers, so that the compiler puts a state by.
+    // Many blocks side by side take all registers, so that the compiler puts states by.
+    static void transformBlocks(RijndaelBlocks* routine, const std::uint32_t* keys, std::uint32_t rounds,
+                                const std::uint8_t* in, std::uint8_t* out, std::uint32_t blocks)
+    {
+        routine(keys, rounds, in, out, blocks);
+        if (blocks > 4) wipeDeadStack();
+    }
+    // SPILLS: whether the routine puts states by, as those without chaining do.
     template <auto ROUTINE_OF, Keys KEYS, bool SPILLS = false>
     static void chainBlocks(const cSymAlg& self, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out,
                             std::uint32_t blocks)
