@@ -86,7 +86,7 @@ TEST(PrimeSearch, SharesItsCursorAmongWorkersAndStopsAtAnyMoment)
 #if defined(_WIN32)
     constexpr std::uint32_t SEARCHES = 120;
 #else
-    constexpr std::uint32_t SEARCHES = 600;
+    constexpr std::uint32_t SEARCHES = 1000;
 #endif
     using Clock = std::chrono::steady_clock;
     const Number e("03");
